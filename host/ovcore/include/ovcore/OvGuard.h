@@ -1,0 +1,34 @@
+#pragma once
+
+#include "ovdb/ovut.h"
+
+#include <exception>
+#include <string>
+#include <utility>
+
+namespace ovcore {
+
+// Runs a call into a module at one of the host's boundaries (entry point message,
+// command handler, LISP handler, notification). A module's exception must never take
+// the host down: it is reported at the command line and the session goes on.
+// Returns true when the call ended normally; `fallback` is the result otherwise.
+template <typename R, typename F>
+R guardedCall(const wchar_t* where, R fallback, F&& call, bool* threw = nullptr) {
+    if (threw)
+        *threw = false;
+    try {
+        return std::forward<F>(call)();
+    } catch (const std::exception& e) {
+        std::wstring what;
+        for (const char* p = e.what(); *p; ++p)
+            what.push_back(static_cast<unsigned char>(*p));
+        ovutPrintf(L"\n; error: exception in %ls: %ls\n", where, what.c_str());
+    } catch (...) {
+        ovutPrintf(L"\n; error: exception in %ls\n", where);
+    }
+    if (threw)
+        *threw = true;
+    return fallback;
+}
+
+} // namespace ovcore
