@@ -1,0 +1,110 @@
+#include "ovdb/OvCmColor.h"
+#include "ovdb/OvDbLineWeight.h"
+#include "ovdb/resbuf.h"
+
+#include <gtest/gtest.h>
+
+#include <utility>
+
+namespace {
+
+TEST(Color, DefaultIsByLayerAndIndexIsRangeChecked) {
+    OvCmColor color;
+    EXPECT_TRUE(color.isByLayer());
+    EXPECT_EQ(color.setColorIndex(0), Orvex::eOk);
+    EXPECT_TRUE(color.isByBlock());
+    EXPECT_EQ(color.setColorIndex(257), Orvex::eInvalidInput);
+    EXPECT_EQ(color.setColorIndex(-1), Orvex::eInvalidInput);
+    EXPECT_EQ(color.colorIndex(), 0);
+}
+
+TEST(Color, Names) {
+    OvCmColor color;
+    EXPECT_EQ(color.colorName(), "BYLAYER");
+    const struct {
+        int index;
+        const char* name;
+    } cases[] = {{0, "BYBLOCK"}, {1, "red"},     {2, "yellow"}, {3, "green"}, {4, "cyan"},
+                 {5, "blue"},    {6, "magenta"}, {7, "white"},  {8, "8"},     {255, "255"}};
+    for (const auto& c : cases) {
+        color.setColorIndex(c.index);
+        EXPECT_EQ(color.colorName(), c.name) << c.index;
+    }
+}
+
+TEST(Color, FromName) {
+    const struct {
+        const wchar_t* name;
+        int index;
+    } good[] = {{L"1", 1},       {L"255", 255},   {L"0", 0},     {L"256", 256},
+                {L"RED", 1},     {L"Magenta", 6}, {L"white", 7}, {L"bylayer", 256},
+                {L"BYBLOCK", 0}, {L" 42 ", 42},   {L"007", 7}};
+    for (const auto& g : good) {
+        OvCmColor color;
+        color.setColorIndex(100);
+        EXPECT_EQ(ovcmGetColorFromOXIName(color, g.name), RTNORM) << g.name;
+        EXPECT_EQ(color.colorIndex(), g.index) << g.name;
+    }
+    // Whatever the name, a bad one leaves the colour as it was.
+    for (const wchar_t* bad : {L"", L"257", L"-1", L"1.5", L"+3", L"orange", L"red2", L"2 5",
+                               L"99999999999999999999", static_cast<const wchar_t*>(nullptr)}) {
+        OvCmColor color;
+        color.setColorIndex(100);
+        EXPECT_NE(ovcmGetColorFromOXIName(color, bad), RTNORM);
+        EXPECT_EQ(color.colorIndex(), 100);
+    }
+}
+
+TEST(Color, PaletteFollowsTheHueAndShadeRule) {
+    EXPECT_EQ(OvCmColor::rgbOfIndex(1), 0xffff0000u);
+    EXPECT_EQ(OvCmColor::rgbOfIndex(7), 0xffffffffu);
+    EXPECT_EQ(OvCmColor::rgbOfIndex(10), OvCmColor::rgbOfIndex(1)); // the wheel starts at red
+    EXPECT_EQ(OvCmColor::rgbOfIndex(50), OvCmColor::rgbOfIndex(2)); // 60 degrees on: yellow
+    EXPECT_EQ(OvCmColor::rgbOfIndex(11), 0xffff7f7fu);              // odd: washed out
+    EXPECT_EQ(OvCmColor::rgbOfIndex(20), 0xffff3f00u);              // 15 degrees
+    EXPECT_EQ(OvCmColor::rgbOfIndex(18), 0xff4c0000u);              // darkest shade
+    EXPECT_EQ(OvCmColor::rgbOfIndex(250), 0xff333333u);
+    EXPECT_EQ(OvCmColor::rgbOfIndex(255), 0xffffffffu);
+    // Each shade pair is darker than the one before, on every hue.
+    auto brightness = [](int index) {
+        const QRgb c = OvCmColor::rgbOfIndex(index);
+        return qRed(c) + qGreen(c) + qBlue(c);
+    };
+    for (int tens = 10; tens < 250; tens += 10) {
+        for (int shade = 0; shade + 2 < 10; shade += 2)
+            EXPECT_GT(brightness(tens + shade), brightness(tens + shade + 2)) << tens + shade;
+    }
+}
+
+TEST(LineWeight, NearestLegalWeight) {
+    using namespace OvDb;
+    const std::pair<int, LineWeight>
+        cases[] = {{-1, kLnWtByLayer},     {-2, kLnWtByBlock}, {-3, kLnWtByLwDefault},
+                   {-4, kLnWtByLwDefault}, {29, kLnWt030},     {27, kLnWt025},
+                   {7, kLnWt005}, // a tie between 5 and 9 goes to the thinner
+                   {179, kLnWt158},        {180, kLnWt200},    {212, kLnWt211},
+                   {2147483647, kLnWt211}};
+    for (const auto& [value, nearest] : cases)
+        EXPECT_EQ(nearestLineWeight(value), nearest) << value;
+}
+
+TEST(LineWeight, LegalListAndTexts) {
+    using namespace OvDb;
+    const auto& weights = legalLineWeights();
+    ASSERT_EQ(weights.size(), 27u);
+    EXPECT_EQ(weights.front(), kLnWtByLwDefault);
+    for (std::size_t i = 0; i < weights.size(); ++i) {
+        EXPECT_TRUE(isLegalLineWeight(weights[i])) << weights[i];
+        EXPECT_TRUE(i == 0 || weights[i - 1] < weights[i]);
+    }
+    EXPECT_FALSE(isLegalLineWeight(-4));
+    EXPECT_FALSE(isLegalLineWeight(26));
+    EXPECT_FALSE(isLegalLineWeight(212));
+
+    EXPECT_EQ(lineWeightText(kLnWtByLayer), "ByLayer");
+    EXPECT_EQ(lineWeightText(kLnWtByLwDefault), "Default");
+    EXPECT_EQ(lineWeightText(kLnWt000), "0.00 mm");
+    EXPECT_EQ(lineWeightText(kLnWt211), "2.11 mm");
+}
+
+} // namespace

@@ -1,0 +1,52 @@
+#include "ovdb/ovut.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+class Printf : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ovutSetOutputSink([this](std::string_view text) { m_output += text; });
+    }
+    void TearDown() override { ovutResetOutputSink(); }
+
+    std::string m_output;
+};
+
+TEST_F(Printf, FormatsWideArgumentsToUtf8) {
+    EXPECT_EQ(ovutPrintf(L"\n%ls: %d wire types, %.2f mm", L"GRÜN_2.5", 3, 2.5), RTNORM);
+    EXPECT_EQ(m_output, "\nGRÜN_2.5: 3 wire types, 2.50 mm");
+}
+
+TEST_F(Printf, StrayPercentSignsPrintAsTheyStand) {
+    ovutPrintf(L"100%");
+    ovutPrintf(L"|50%!|");
+    ovutPrintf(L"|%n|");
+    ovutPrintf(L"|LIKE 'W%%'"); // a doubled one is one percent sign
+    EXPECT_EQ(m_output, "100%|50%!||%n||LIKE 'W%'");
+}
+
+TEST_F(Printf, LongTextIsNotCut) {
+    const std::wstring longText(100000, L'é');
+    ovutPrintf(L"<%ls>", longText.c_str());
+    std::string expected = "<";
+    for (int i = 0; i < 100000; ++i)
+        expected += "é";
+    expected += ">";
+    EXPECT_EQ(m_output, expected);
+}
+
+TEST(PrintfSink, ResetGoesBackToStandardOutput) {
+    std::string captured;
+    ovutSetOutputSink([&](std::string_view text) { captured += text; });
+    ovutResetOutputSink();
+    testing::internal::CaptureStdout();
+    ovutPrintf(L"to stdout %d", 1);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "to stdout 1");
+    EXPECT_TRUE(captured.empty());
+}
+
+} // namespace
