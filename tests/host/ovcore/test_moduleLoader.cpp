@@ -1,0 +1,182 @@
+#include "ovcore/OvApDocManager.h"
+#include "ovcore/OvEdCommandStack.h"
+#include "ovcore/OvLisp.h"
+#include "ovcore/OvModule.h"
+#include "ovcore/OvModuleLoader.h"
+#include "ovcore/OvRxDynamicLinker.h"
+#include "ovcore/OvRxSystemRegistry.h"
+#include "testmodule/OvTestHost.h"
+
+#include <QTemporaryDir>
+
+namespace {
+
+const QString kModule = QStringLiteral("ovcore_testmodule.ovm");
+const QString kTag = QStringLiteral("[testmodule] ");
+
+class HostModuleLoader : public OvTestHost {
+protected:
+    void SetUp() override {
+        OvTestHost::SetUp();
+        docs = ovDocManagerPtr();
+        commands = OvEdCommandStack::cast(ovrxSysRegistry()->at(L"ORVEX_REGISTERED_COMMANDS"));
+        linker = OvRxDynamicLinker::cast(ovrxSysRegistry()->at(L"DynamicLinker"));
+        ASSERT_NE(linker, nullptr);
+    }
+    // What the test module said, without its tag.
+    QStringList said() const {
+        QStringList lines = linesStartingWith(kTag);
+        for (QString& line : lines)
+            line.remove(0, kTag.size());
+        return lines;
+    }
+
+    OvApDocManager* docs = nullptr;
+    OvEdCommandStack* commands = nullptr;
+    OvRxDynamicLinker* linker = nullptr;
+};
+
+TEST_F(HostModuleLoader, MessagesReachTheModuleInOrder) {
+    OvApDocument* before = nullptr;
+    ASSERT_EQ(docs->newDocument({}, &before), Orvex::eOk);
+    ASSERT_TRUE(ovrxLoadModule(modulePath(kModule))) << output().toStdString();
+    EXPECT_EQ(said(), QStringList({"attach with instance", "message 1", "message 3 Drawing1.dwg"}));
+    EXPECT_EQ(ovrxLoadedModules(), QStringList({kModule}));
+    // The document made current for the module's call is current no more.
+    EXPECT_EQ(docs->curDocument(), before);
+
+    clearOutput();
+    OvApDocument* after = nullptr;
+    ASSERT_EQ(docs->newDocument({}, &after), Orvex::eOk);
+    ASSERT_EQ(docs->closeDocument(before), Orvex::eOk);
+    EXPECT_EQ(said(),
+              QStringList({"message 3 Drawing2.dwg", "reactor: Drawing1.dwg to be destroyed",
+                           "message 4 Drawing1.dwg"}));
+
+    clearOutput();
+    ASSERT_TRUE(ovrxUnloadModule(kModule));
+    EXPECT_EQ(said(), QStringList({"message 2", "detach"}));
+    EXPECT_TRUE(ovrxLoadedModules().isEmpty());
+    EXPECT_EQ(ovcore::openObjectViolations(), 0);
+}
+
+TEST_F(HostModuleLoader, ShutdownClosesDocumentsThenTheManagerThenModules) {
+    ASSERT_TRUE(ovrxLoadModule(modulePath(kModule)));
+    ASSERT_EQ(docs->newDocument(), Orvex::eOk);
+    clearOutput();
+    m_host.shutdown();
+    EXPECT_EQ(said(),
+              QStringList({"reactor: Drawing1.dwg to be destroyed", "message 4 Drawing1.dwg",
+                           "message 2", "detach after the document manager"}));
+}
+
+TEST_F(HostModuleLoader, TheModuleRegistersItselfWithTheLinker) {
+    ASSERT_TRUE(linker->loadModule(modulePath(kModule)));
+    OvModule* module = OvModuleLoader::instance().find(kModule);
+    ASSERT_NE(module, nullptr);
+    EXPECT_FALSE(linker->isApplicationLocked(module->appId()));
+    EXPECT_TRUE(linker->isAppMDIAware(module->appId()));
+    EXPECT_EQ(module->apiVersion(), 0x1A0000u);
+    // Loading it again changes nothing.
+    clearOutput();
+    EXPECT_TRUE(ovrxLoadModule(modulePath(kModule)));
+    EXPECT_TRUE(said().isEmpty());
+
+    // A locked module stays.
+    ASSERT_TRUE(linker->lockApplication(module->appId()));
+    EXPECT_FALSE(linker->unloadModule(kModule));
+    EXPECT_TRUE(output().contains(QStringLiteral("is locked")));
+    ASSERT_TRUE(linker->unlockApplication(module->appId()));
+    EXPECT_TRUE(linker->unloadModule(kModule));
+    EXPECT_FALSE(linker->unlockApplication(module->appId())); // gone
+}
+
+TEST_F(HostModuleLoader, ModulesThatCannotServeAreRefusedWithAReason) {
+    EXPECT_FALSE(ovrxLoadModule(modulePath(QStringLiteral("ovcore_testmodule_attachfails.ovm"))));
+    EXPECT_TRUE(output().contains(QStringLiteral("refused to load: its library entry failed")));
+    EXPECT_FALSE(said().contains(QStringLiteral("message 1")));
+
+    clearOutput();
+    EXPECT_FALSE(ovrxLoadModule(modulePath(QStringLiteral("ovcore_testmodule_oldapi.ovm"))));
+    EXPECT_TRUE(output().contains(QStringLiteral("is built for host API 25.0; this host has 26")));
+    EXPECT_EQ(said(), QStringList({"attach with instance", "detach"}));
+
+    clearOutput();
+    EXPECT_FALSE(ovrxLoadModule(modulePath(QStringLiteral("nowhere.ovm"))));
+    EXPECT_TRUE(output().contains(QStringLiteral("no such file")));
+
+    // A shared object without the exports: dlsym's reason is given.
+    clearOutput();
+    EXPECT_FALSE(ovrxLoadModule(modulePath(QStringLiteral("libovcore.so"))));
+    EXPECT_TRUE(output().contains(QStringLiteral("ovrxGetApiVersion"))) << output().toStdString();
+
+    // Not a shared object at all: dlopen's reason is given.
+    QTemporaryDir dir;
+    QFile junk(dir.filePath(QStringLiteral("junk.ovm")));
+    ASSERT_TRUE(junk.open(QIODevice::WriteOnly));
+    junk.write("not a library");
+    junk.close();
+    clearOutput();
+    EXPECT_FALSE(ovrxLoadModule(junk.fileName()));
+    EXPECT_TRUE(output().contains(QStringLiteral("junk.ovm")));
+    EXPECT_TRUE(output().contains(QStringLiteral("file too short")) ||
+                output().contains(QStringLiteral("invalid ELF header")))
+        << output().toStdString();
+    EXPECT_TRUE(ovrxLoadedModules().isEmpty());
+}
+
+TEST_F(HostModuleLoader, CommandsOfAModuleRunGuardedAndOutliveIt) {
+    ASSERT_EQ(docs->newDocument(), Orvex::eOk);
+    ASSERT_TRUE(ovrxLoadModule(modulePath(kModule)));
+    OvEdCommand* hello = commands->lookupGlobalCmd(L"TmHello");
+    ASSERT_NE(hello, nullptr);
+    EXPECT_EQ(hello->module(), OvModuleLoader::instance().find(kModule));
+    EXPECT_EQ(hello->commandFlags(), OvRx::kCmdTransparent);
+
+    clearOutput();
+    EXPECT_EQ(commands->runCommand(QStringLiteral("tmhallo")), OvEdCommandStack::RunStatus::Ran);
+    EXPECT_EQ(commands->runCommand(QStringLiteral("TmThrow")), OvEdCommandStack::RunStatus::Threw);
+    EXPECT_EQ(commands->runCommand(QStringLiteral("TmUnloadSelf")),
+              OvEdCommandStack::RunStatus::Ran);
+    EXPECT_EQ(commands->runCommand(QStringLiteral("_TmHello")), OvEdCommandStack::RunStatus::Ran);
+    EXPECT_EQ(said(), QStringList({"hello in Drawing1.dwg", "unload from inside: refused",
+                                   "hello in Drawing1.dwg"}));
+    EXPECT_TRUE(output().contains(
+        QStringLiteral("; error: exception in command TMTHROW: the test command failed")));
+    EXPECT_TRUE(
+        output().contains(QStringLiteral("cannot unload ovcore_testmodule.ovm while it runs")));
+
+    // The module never takes its commands back; once it is gone they no longer run, and a
+    // new load registers them anew.
+    ASSERT_TRUE(ovrxUnloadModule(kModule));
+    ASSERT_NE(commands->lookupGlobalCmd(L"TmHello"), nullptr);
+    EXPECT_TRUE(commands->lookupGlobalCmd(L"TmHello")->isOrphaned());
+    EXPECT_EQ(commands->runCommand(QStringLiteral("TmHello")),
+              OvEdCommandStack::RunStatus::Refused);
+    ASSERT_TRUE(ovrxLoadModule(modulePath(kModule)));
+    EXPECT_EQ(commands->runCommand(QStringLiteral("TmHello")), OvEdCommandStack::RunStatus::Ran);
+}
+
+TEST_F(HostModuleLoader, LispFunctionsOfTheModuleAnswerInEveryDocument) {
+    ASSERT_EQ(docs->newDocument(), Orvex::eOk);
+    ASSERT_TRUE(ovrxLoadModule(modulePath(kModule)));
+    ASSERT_EQ(docs->newDocument(), Orvex::eOk); // defined there by its own kLoadDwgMsg
+
+    for (OvApDocument* doc : docs->documents()) {
+        ASSERT_EQ(docs->activateDocument(doc), Orvex::eOk);
+        const auto echo = ovcore::lisp::evalString(QStringLiteral("(tm_echo \"a\" 1 '(2 3) nil)"));
+        ASSERT_TRUE(echo.ok) << echo.error.toStdString();
+        EXPECT_EQ(echo.value, QStringLiteral("(\"a\" 1 (2 3) nil)"));
+    }
+
+    // A handler that throws or fails makes a LISP error; the session goes on.
+    clearOutput();
+    EXPECT_FALSE(ovcore::lisp::evalString(QStringLiteral("(tm_throw)")).ok);
+    EXPECT_TRUE(output().contains(QStringLiteral("the test function failed")));
+    EXPECT_FALSE(ovcore::lisp::evalString(QStringLiteral("(tm_fail)")).ok);
+    const auto after = ovcore::lisp::evalString(QStringLiteral("(tm_echo 5)"));
+    ASSERT_TRUE(after.ok);
+    EXPECT_EQ(after.value, QStringLiteral("(5)"));
+}
+
+} // namespace
