@@ -1,0 +1,219 @@
+// The host's LISP environment: the CAD LISP forms that scripts rely on, where they differ
+// from Guile's, and how errors end an evaluation without ending the host.
+#include "ovcore/OvLisp.h"
+#include "ovdb/ovut.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace lisp = ovcore::lisp;
+
+#if defined(__SANITIZE_ADDRESS__)
+// Guile's collector keeps pointers to what libguile allocates in memory that LeakSanitizer
+// does not scan, so every program that boots Guile runs without leak detection.
+extern "C" const char* __asan_default_options() {
+    return "detect_leaks=0";
+}
+#endif
+
+namespace {
+
+class LispEnvironment : public ::testing::Test {
+protected:
+    void SetUp() override {
+        lisp::initialize();
+        ovutSetOutputSink([this](std::string_view text) { output.append(text); });
+        lisp::setCurrentDocument(&document);
+    }
+    void TearDown() override {
+        lisp::forgetDocument(&document);
+        lisp::setCurrentDocument(nullptr);
+        ovutResetOutputSink();
+    }
+    struct Case {
+        const char* expression;
+        const char* value;
+    };
+    void expectValues(std::initializer_list<Case> cases) {
+        for (const Case& c : cases) {
+            const lisp::EvalResult result = lisp::evalString(QString::fromUtf8(c.expression));
+            EXPECT_TRUE(result.ok) << c.expression << ": " << result.error.toStdString();
+            EXPECT_EQ(result.value.toStdString(), c.value) << c.expression;
+        }
+    }
+    QString errorOf(const char* expression) {
+        output.clear();
+        const lisp::EvalResult result = lisp::evalString(QString::fromUtf8(expression));
+        EXPECT_FALSE(result.ok) << expression;
+        EXPECT_NE(output.find("; error: " + result.error.toStdString()), std::string::npos)
+            << "printed: " << output;
+        return result.error;
+    }
+
+    int document = 0;
+    std::string output;
+};
+
+TEST_F(LispEnvironment, NilIsFalseInEveryConditional) {
+    expectValues({
+        {"(if nil 1 2)", "2"},
+        {"(if '() 1 2)", "2"},
+        {"(if #f 1 2)", "2"},
+        {"(if 0 1 2)", "1"},
+        {"(if nil 1)", "nil"},
+        {"(cond (nil 1) ('() 2) (T 3))", "3"},
+        {"(cond ((member 9 '(1 2))) (\"found\"))", "\"found\""},
+        {"(and 1 nil 2)", "nil"},
+        {"(or nil '() 7)", "7"},
+        {"(not nil)", "T"},
+        {"(null '(1))", "nil"},
+        {"(when '() 1)", "nil"},
+        {"(unless '() 1)", "1"},
+        {"(setq i 0 n 0) (while (< i 4) (setq n (+ n i) i (1+ i)))", "4"},
+        {"n", "6"},
+        {"(setq s 0) (foreach x '(1 2 3) (setq s (+ s x)))", "6"},
+        {"(foreach x nil x)", "nil"},
+        {"(setq r \"\") (repeat 3 (setq r (strcat r \"ab\")))", "\"ababab\""},
+        {"(progn)", "nil"},
+    });
+}
+
+TEST_F(LispEnvironment, SetqAndDefun) {
+    expectValues({
+        {"(setq a 1 b (+ a 1))", "2"},
+        {"(list a b)", "(1 2)"},
+        // A local of defun and an argument are set in place; other names become globals.
+        {"(defun bump (x / y) (setq y 10 x (+ x y) g x) (list x y))", "bump"},
+        {"(bump 5)", "(15 10)"},
+        {"g", "15"},
+        {"(defun fresh ( / y) y)", "fresh"},
+        {"(fresh)", "nil"},
+        {"(defun fact (n) (if (< n 2) 1 (* n (fact (1- n)))))", "fact"},
+        {"(fact 20)", "2432902008176640000"},
+        {"(defun noop ())", "noop"},
+        {"(noop)", "nil"},
+        {"(defun c:hello () (princ \"hi\") (princ))", "c:hello"},
+        {"(c:hello)", ""},
+    });
+    EXPECT_EQ(output, "hi");
+}
+
+TEST_F(LispEnvironment, ListFunctionsTolerateNil) {
+    expectValues({
+        {"(car nil)", "nil"},
+        {"(cdr (assoc 8 '((0 . \"LINE\"))))", "nil"},
+        {"(cdr (assoc 8 '((0 . \"LINE\") (8 . \"WIRES\"))))", "\"WIRES\""},
+        {"(cadr '(1 2 3))", "2"},
+        {"(nth 1 '(a b c))", "b"},
+        {"(nth 5 '(a b c))", "nil"},
+        {"(nth -1 '(a b c))", "nil"},
+        {"(last '(1 2 3))", "3"},
+        {"(length (append '(1) nil '(2 3)))", "3"},
+        {"(mapcar '1+ '(1 2 3))", "(2 3 4)"},
+        {"(mapcar (function +) '(1 2 3) '(10 20))", "(11 22)"},
+        {"(apply '+ '(1 2 3))", "6"},
+        {"(atom nil)", "T"},
+        {"(type \"a\")", "STR"},
+        {"(type 1.0)", "REAL"},
+    });
+    EXPECT_TRUE(errorOf("(car \"text\")").contains(QStringLiteral("car: bad argument type")));
+}
+
+TEST_F(LispEnvironment, TextAndNumbers) {
+    expectValues({
+        {"(strcat \"a\" \"\" \"bç\")", "\"abç\""},
+        {"(strlen \"Größe\" \"ab\")", "7"},
+        {"(strcase \"élan\")", "\"ÉLAN\""},
+        {"(strcase \"ABC\" T)", "\"abc\""},
+        {"(substr \"wiretype\" 5)", "\"type\""},
+        {"(substr \"wiretype\" 1 4)", "\"wire\""},
+        {"(substr \"wire\" 3 10)", "\"re\""},
+        {"(substr \"wire\" 9)", "\"\""},
+        {"(vl-string-search \"ty\" \"wiretype\")", "4"},
+        {"(vl-string-search \"e\" \"wiretype\" 4)", "7"},
+        {"(vl-string-search \"zz\" \"wiretype\")", "nil"},
+        {"(itoa -42)", "\"-42\""},
+        {"(atoi \"  12abc\")", "12"},
+        {"(atoi \"abc\")", "0"},
+        {"(atof \"2.5e2m\")", "250.0"},
+        {"(atof \"x\")", "0.0"},
+        {"(rtos 1.5)", "\"1.5000\""},
+        {"(rtos 3.14159 2 2)", "\"3.14\""},
+        {"(fix 3.7)", "3"},
+        {"(/ 1.0 3)", "0.333333"},
+        {"(* 1.0 123456789)", "1.23457e+08"},
+    });
+    EXPECT_TRUE(errorOf("(strcat \"a\" 1)").contains(QStringLiteral("strcat")));
+    EXPECT_TRUE(errorOf("(itoa 1.5)").contains(QStringLiteral("itoa")));
+}
+
+TEST_F(LispEnvironment, Comparisons) {
+    expectValues({
+        {"(= 1 1.0)", "T"},
+        {"(= \"a\" \"a\" \"a\")", "T"},
+        {"(= \"a\" \"A\")", "nil"},
+        {"(/= 1 2)", "T"},
+        {"(eq nil '())", "T"},
+        {"(eq (list 1) (list 1))", "nil"},
+        {"(equal (list 1 \"a\" '(2)) (list 1 \"a\" '(2)))", "T"},
+        {"(equal 1.0 1.05 0.1)", "T"},
+        {"(equal 1.0 1.5 0.1)", "nil"},
+        {"(equal '(1 . 2.0) '(1 . 2))", "T"},
+    });
+    EXPECT_TRUE(errorOf("(= \"a\" 1)").contains(QStringLiteral("=")));
+}
+
+TEST_F(LispEnvironment, PrintingGoesToTheCommandLine) {
+    expectValues({
+        {"(princ \"a\\\"b\")", "\"a\\\"b\""},
+        {"(prin1 \"c\")", "\"c\""},
+        {"(princ '(\"x\" 1.5 nil))", "(\"x\" 1.5 nil)"},
+        {"(print 7)", "7"},
+        {"(prompt \"\\nPick: \")", "nil"},
+        {"(terpri)", "nil"},
+        {"(display \"scheme\") (newline) (write \"w\")", ""},
+        {"(vl-prin1-to-string '(\"q\" T))", "\"(\\\"q\\\" T)\""},
+        {"(vl-princ-to-string '(\"q\" T))", "\"(q T)\""},
+        {"(princ \"100% done\")", "\"100% done\""},
+    });
+    EXPECT_EQ(output, "a\"b\"c\"(x 1.5 nil)\n7 \nPick: \nscheme\n\"w\"100% done");
+}
+
+TEST_F(LispEnvironment, ErrorsEndTheEvaluationNotTheHost) {
+    EXPECT_EQ(errorOf("undefined-thing").toStdString(), "Unbound variable: undefined-thing");
+    EXPECT_TRUE(errorOf("(+ 1 \"a\")").contains(QStringLiteral("+")));
+    EXPECT_TRUE(errorOf("(list 1 2").contains(QStringLiteral("end of input")));
+    EXPECT_EQ(errorOf("(error \"wire type missing:\" \"RED\")").toStdString(),
+              "wire type missing: \"RED\"");
+    EXPECT_EQ(errorOf("(throw 'my-key 1 \"two\")").toStdString(), "my-key 1 \"two\"");
+    EXPECT_EQ(errorOf("(raise-exception 'boom)").toStdString(), "exception: boom");
+    EXPECT_EQ(errorOf("(exit)").toStdString(), "quit / exit abort");
+    EXPECT_EQ(errorOf("(quit 3)").toStdString(), "quit / exit abort");
+    EXPECT_TRUE(errorOf("(setq 1 2)").contains(QStringLiteral("variable name")));
+    EXPECT_TRUE(errorOf("(defun deep (n) (+ 1 (deep n))) (deep 1)")
+                    .contains(QStringLiteral("stack overflow")));
+    // A continuation cannot jump back into an evaluation that has ended.
+    expectValues({{"(define k #f) (+ 1 (call/cc (lambda (c) (set! k c) 1)))", "2"}});
+    errorOf("(k 5)");
+    expectValues({{"(+ 1 1)", "2"}});
+}
+
+TEST_F(LispEnvironment, EvaluationOfSeveralForms) {
+    expectValues({
+        {"", ""},
+        {"   ; only a comment", ""},
+        {"1 2 3", "3"},
+        {"(define (twice x) (* 2 x)) (twice 4)", "8"},
+        {"(veval-str+ \"(setq v 5) (* v v)\")", "25"},
+        {"v", "5"},
+        {"(vl-orvex-defun 'twice)", "twice"},
+        {"T", "T"},
+        {"nil", "nil"},
+        {"(list \"\\t\" \"\\\\\")", "(\"\\t\" \"\\\\\")"},
+    });
+    EXPECT_TRUE(
+        errorOf("(setq n 1) (vl-orvex-defun 'n)").contains(QStringLiteral("not a function")));
+}
+
+} // namespace
