@@ -1,0 +1,243 @@
+// Large drawings: reading, saving, the walk over all layers that a wire type load makes,
+// usage data, and the open and close and name look-up that everything else is made of.
+//
+// The size comes from the environment: ZEL_BENCH_LAYERS (default 2000) layers, each with
+// an extension dictionary and a wire type record, and ZEL_BENCH_LINES (default 100000)
+// lines spread over them, plus a WD_M block reference with its WIRELAYS attribute.
+
+#include "ovdb/ovdb.h"
+
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+namespace {
+
+using namespace Orvex;
+
+int sizeFromEnv(const char* name, int fallback) {
+    const char* text = std::getenv(name);
+    const int value = text ? std::atoi(text) : 0;
+    return value > 0 ? value : fallback;
+}
+
+std::wstring layerName(int i) {
+    wchar_t name[32];
+    std::swprintf(name, 32, L"WIRE_%05d", i);
+    return name;
+}
+
+// The wire type record of a layer: groups 1, 2, 3, twenty 4s, 90 and 290.
+resbuf* wireRecord(int i) {
+    resbuf* chain = ovutBuildList(1, L"RED", 2, std::to_wstring(i % 50).c_str(), 3, L"WIRE", 0);
+    resbuf* tail = chain->rbnext->rbnext;
+    for (int k = 0; k < 20; ++k) {
+        tail->rbnext = ovutBuildList(4, k < 3 ? L"user value" : L"", 0);
+        tail = tail->rbnext;
+    }
+    tail->rbnext = ovutBuildList(90, i, 290, 1, 0);
+    return chain;
+}
+
+void generate(OvDbDatabase& db, int layers, int lines) {
+    OvDbLayerTable* table = nullptr;
+    db.getSymbolTable(table, OvDb::kForWrite);
+    std::vector<OvDbObjectId> layerIds;
+    layerIds.reserve(layers);
+    for (int i = 0; i < layers; ++i) {
+        auto* layer = new OvDbLayerTableRecord();
+        layer->setName(layerName(i).c_str());
+        OvCmColor color;
+        color.setColorIndex(1 + i % 255);
+        layer->setColor(color);
+        OvDbObjectId id;
+        table->add(id, layer);
+        layer->createExtensionDictionary();
+        OvDbDictionary* dict = nullptr;
+        ovdbOpenObject(dict, layer->extensionDictionary(), OvDb::kForWrite);
+        auto* xrec = new OvDbXrecord();
+        OvDbObjectId xrecId;
+        dict->setAt(L"ZEL_WIRETYPE", xrec, xrecId);
+        resbuf* chain = wireRecord(i);
+        xrec->setFromRbChain(chain);
+        ovutRelRb(chain);
+        xrec->close();
+        dict->close();
+        layer->close();
+        layerIds.push_back(id);
+    }
+    table->close();
+
+    OvDbBlockTable* blocks = nullptr;
+    db.getSymbolTable(blocks, OvDb::kForWrite);
+    auto* wdm = new OvDbBlockTableRecord();
+    wdm->setName(L"WD_M");
+    OvDbObjectId wdmId;
+    blocks->add(wdmId, wdm);
+    wdm->close();
+    blocks->close();
+
+    OvDbBlockTableRecord* model = nullptr;
+    ovdbOpenObject(model, db.modelSpaceId(), OvDb::kForWrite);
+    auto* reference = new OvDbBlockReference(OvGePoint3d(0, 0, 0), wdmId);
+    model->appendOvDbEntity(reference);
+    auto* attribute =
+        new OvDbAttribute(OvGePoint3d(0, 0, 0), QStringLiteral("WIR*"), QStringLiteral("WIRELAYS"));
+    reference->appendAttribute(attribute);
+    attribute->close();
+    reference->close();
+    for (int i = 0; i < lines; ++i) {
+        auto* line =
+            new OvDbLine(OvGePoint3d(i * 0.5, i % 1000, 0), OvGePoint3d(i * 0.5 + 10, i % 1000, 0));
+        line->setLayer(layerIds[static_cast<std::size_t>(i % layers)]);
+        model->appendOvDbEntity(line);
+        line->close();
+    }
+    model->close();
+}
+
+// One drawing and its file for all benchmarks of a run.
+struct Sample {
+    Sample() {
+        layers = sizeFromEnv("ZEL_BENCH_LAYERS", 2000);
+        lines = sizeFromEnv("ZEL_BENCH_LINES", 100000);
+        generate(db, layers, lines);
+        file = dir.filePath(QStringLiteral("large.dwg"));
+        db.saveAs(file.toStdWString().c_str());
+        fileSize = QFileInfo(file).size();
+        std::fprintf(stderr, "drawing: %d layers, %d lines, %zu objects, file %lld bytes\n", layers,
+                     lines, db.approxNumObjects(), static_cast<long long>(fileSize));
+    }
+
+    static Sample& get() {
+        static Sample sample;
+        return sample;
+    }
+
+    int layers = 0;
+    int lines = 0;
+    OvDbDatabase db;
+    QTemporaryDir dir;
+    QString file;
+    qint64 fileSize = 0;
+};
+
+void counters(benchmark::State& state, const Sample& s) {
+    state.counters["layers"] = s.layers;
+    state.counters["lines"] = s.lines;
+    state.counters["fileMB"] = static_cast<double>(s.fileSize) / (1024.0 * 1024.0);
+}
+
+void BM_ReadDrawing(benchmark::State& state) {
+    Sample& s = Sample::get();
+    const std::wstring path = s.file.toStdWString();
+    for (auto _ : state) {
+        OvDbDatabase side(false, true);
+        if (side.readDwgFile(path.c_str(), 3, false, nullptr) != eOk)
+            state.SkipWithError("read failed");
+        benchmark::DoNotOptimize(side.approxNumObjects());
+    }
+    counters(state, s);
+}
+
+void BM_SaveDrawing(benchmark::State& state) {
+    Sample& s = Sample::get();
+    const std::wstring path = s.dir.filePath(QStringLiteral("saved.dwg")).toStdWString();
+    for (auto _ : state) {
+        if (s.db.saveAs(path.c_str()) != eOk)
+            state.SkipWithError("save failed");
+    }
+    counters(state, s);
+}
+
+// What loading the wire types does: every layer, its extension dictionary, its record.
+void BM_LayerWalk(benchmark::State& state) {
+    Sample& s = Sample::get();
+    for (auto _ : state) {
+        OvDbLayerTable* table = nullptr;
+        s.db.getSymbolTable(table, OvDb::kForRead);
+        OvDbLayerTableIterator* it = nullptr;
+        table->newIterator(it, true, true);
+        table->close();
+        std::size_t links = 0;
+        for (; !it->done(); it->step()) {
+            OvDbLayerTableRecord* layer = nullptr;
+            if (it->getRecord(layer, OvDb::kForRead) != eOk)
+                continue;
+            const OvDbObjectId dictId = layer->extensionDictionary();
+            layer->close();
+            OvDbDictionary* dict = nullptr;
+            if (ovdbOpenObject(dict, dictId, OvDb::kForRead) != eOk)
+                continue;
+            OvDbObject* object = nullptr;
+            if (dict->getAt(L"ZEL_WIRETYPE", object, OvDb::kForRead) == eOk) {
+                resbuf* chain = nullptr;
+                OvDbXrecord::cast(object)->rbChain(chain);
+                for (const resbuf* rb = chain; rb; rb = rb->rbnext)
+                    ++links;
+                ovutRelRb(chain);
+                object->close();
+            }
+            dict->close();
+        }
+        delete it;
+        benchmark::DoNotOptimize(links);
+    }
+    state.SetItemsProcessed(state.iterations() * s.layers);
+    counters(state, s);
+}
+
+void BM_GenerateUsageData(benchmark::State& state) {
+    Sample& s = Sample::get();
+    for (auto _ : state) {
+        OvDbLayerTable* table = nullptr;
+        s.db.getSymbolTable(table, OvDb::kForRead);
+        table->generateUsageData();
+        table->close();
+    }
+    counters(state, s);
+}
+
+void BM_OpenClose(benchmark::State& state) {
+    Sample& s = Sample::get();
+    const OvDbObjectId id = s.db.clayer();
+    for (auto _ : state) {
+        OvDbLayerTableRecord* layer = nullptr;
+        ovdbOpenObject(layer, id, state.range(0) ? OvDb::kForWrite : OvDb::kForRead);
+        layer->close();
+    }
+    ovdbSetDbmod(&s.db, 0);
+}
+
+// By name, in another case than the record's, as the module asks.
+void BM_SymbolLookup(benchmark::State& state) {
+    Sample& s = Sample::get();
+    OvDbLayerTable* table = nullptr;
+    s.db.getSymbolTable(table, OvDb::kForRead);
+    int i = 0;
+    for (auto _ : state) {
+        const std::wstring name = L"wire_" + layerName(i).substr(5);
+        OvDbObjectId id;
+        if (table->getIdAt(name.c_str(), id) != eOk)
+            state.SkipWithError("not found");
+        i = (i + 7919) % s.layers;
+    }
+    table->close();
+}
+
+BENCHMARK(BM_ReadDrawing)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_SaveDrawing)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_LayerWalk)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_GenerateUsageData)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_OpenClose)->Arg(0)->Arg(1);
+BENCHMARK(BM_SymbolLookup);
+
+} // namespace
+
+BENCHMARK_MAIN();

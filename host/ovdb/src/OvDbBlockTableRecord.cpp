@@ -1,0 +1,156 @@
+#include "ovdb/OvDbBlockTableRecord.h"
+
+#include "OvDbAccess.h"
+#include "OvDbClassMacros.h"
+#include "ovdb/OvDbBlockTableRecordIterator.h"
+#include "ovdb/OvDbEntity.h"
+#include "ovdb/ovdbOpenObject.h"
+
+OVDB_DEFINE_CLASS(OvDbBlockTableRecord, OvDbSymbolTableRecord)
+
+OvDbBlockTableRecord::OvDbBlockTableRecord() = default;
+
+OvDbBlockTableRecord::~OvDbBlockTableRecord() = default;
+
+Orvex::ErrorStatus OvDbBlockTableRecord::appendOvDbEntity(OvDbEntity* entity) {
+    OvDbObjectId id;
+    return appendOvDbEntity(id, entity);
+}
+
+Orvex::ErrorStatus OvDbBlockTableRecord::appendOvDbEntity(OvDbEntity* entity, OvDbObjectId& id) {
+    return appendOvDbEntity(id, entity);
+}
+
+Orvex::ErrorStatus OvDbBlockTableRecord::appendOvDbEntity(OvDbObjectId& id, OvDbEntity* entity) {
+    id = OvDbObjectId();
+    if (!entity)
+        return Orvex::eNullObjectPointer;
+    if (isNewObject())
+        return Orvex::eNotInDatabase;
+    if (!assertWriteEnabled())
+        return Orvex::eNotOpenForWrite;
+    if (!entity->isNewObject())
+        return Orvex::eAlreadyInDb;
+    OvDbAccess::Impl* im = OvDbAccess::implOf(this);
+    OvDbStub* layer = OvDbAccess::layerOf(entity);
+    if (layer && layer->db != database())
+        return Orvex::eWrongDatabase;
+    if (!layer)
+        OvDbAccess::setLayerOf(entity, im->clayer);
+    OvDbAccess::addToDatabase(im, entity, OvDbAccess::stub(this), true);
+    m_entities.push_back(entity->objectId());
+    id = entity->objectId();
+    return Orvex::eOk;
+}
+
+Orvex::ErrorStatus OvDbBlockTableRecord::newIterator(OvDbBlockTableRecordIterator*& iterator,
+                                                     bool atBeginning, bool skipDeleted) const {
+    assertReadEnabled();
+    iterator = new OvDbBlockTableRecordIterator(this, atBeginning, skipDeleted);
+    return Orvex::eOk;
+}
+
+bool OvDbBlockTableRecord::isModelSpace() const {
+    OvDbAccess::Impl* im = OvDbAccess::implOf(this);
+    return im && im->modelSpace == OvDbAccess::stub(this);
+}
+
+bool OvDbBlockTableRecord::acceptsName(const QString& name) const {
+    // "*Model_Space", "*Paper_Space" and anonymous blocks begin with an asterisk.
+    if (name.startsWith(QLatin1Char('*')))
+        return isValidName(name.mid(1));
+    return isValidName(name);
+}
+
+Orvex::ErrorStatus OvDbBlockTableRecord::subErase(bool erasing) {
+    if (erasing) {
+        OvDbAccess::Impl* im = OvDbAccess::implOf(this);
+        OvDbStub* self = OvDbAccess::stub(this);
+        if (im && (self == im->modelSpace || self == im->paperSpace))
+            return Orvex::eCannotBeErasedByCaller;
+    }
+    return OvDbSymbolTableRecord::subErase(erasing);
+}
+
+void OvDbBlockTableRecord::ownedObjects(std::vector<OvDbObjectId>& ids) const {
+    ids.insert(ids.end(), m_entities.begin(), m_entities.end());
+}
+
+std::vector<OvDbObjectId>& OvDbAccess::entities(OvDbBlockTableRecord* block) {
+    return block->m_entities;
+}
+
+// ---------------------------------------------------------------------------------------
+
+OvDbBlockTableRecordIterator::OvDbBlockTableRecordIterator(const OvDbBlockTableRecord* block,
+                                                           bool atBeginning, bool skipDeleted)
+    : m_block(block->objectId()) {
+    start(atBeginning, skipDeleted);
+}
+
+OvDbBlockTableRecordIterator::~OvDbBlockTableRecordIterator() = default;
+
+const std::vector<OvDbObjectId>* OvDbBlockTableRecordIterator::entities() const {
+    const auto* block = OvDbAccess::objectAs<OvDbBlockTableRecord>(m_block);
+    return block ? &block->m_entities : nullptr;
+}
+
+void OvDbBlockTableRecordIterator::skipErased(bool forward) {
+    const auto* list = entities();
+    if (!list)
+        return;
+    const auto size = static_cast<long long>(list->size());
+    while (m_pos >= 0 && m_pos < size && !OvDbAccess::isLive((*list)[m_pos].stub()))
+        m_pos += forward ? 1 : -1;
+}
+
+void OvDbBlockTableRecordIterator::start(bool atBeginning, bool skipDeleted) {
+    const auto* list = entities();
+    const long long size = list ? static_cast<long long>(list->size()) : 0;
+    m_pos = atBeginning ? 0 : size - 1;
+    if (skipDeleted)
+        skipErased(atBeginning);
+}
+
+bool OvDbBlockTableRecordIterator::done() const {
+    const auto* list = entities();
+    return !list || m_pos < 0 || m_pos >= static_cast<long long>(list->size());
+}
+
+void OvDbBlockTableRecordIterator::step(bool forward, bool skipDeleted) {
+    if (done())
+        return;
+    m_pos += forward ? 1 : -1;
+    if (skipDeleted)
+        skipErased(forward);
+}
+
+Orvex::ErrorStatus OvDbBlockTableRecordIterator::getEntityId(OvDbObjectId& id) const {
+    id = entityId();
+    return id.isNull() ? Orvex::eIteratorDone : Orvex::eOk;
+}
+
+OvDbObjectId OvDbBlockTableRecordIterator::entityId() const {
+    return done() ? OvDbObjectId() : (*entities())[m_pos];
+}
+
+Orvex::ErrorStatus OvDbBlockTableRecordIterator::getEntity(OvDbEntity*& entity, OvDb::OpenMode mode,
+                                                           bool openErasedEntity) const {
+    entity = nullptr;
+    if (done())
+        return Orvex::eIteratorDone;
+    return ovdbOpenObject(entity, entityId(), mode, openErasedEntity);
+}
+
+Orvex::ErrorStatus OvDbBlockTableRecordIterator::seek(OvDbObjectId id) {
+    const auto* list = entities();
+    if (!list || id.isNull())
+        return Orvex::eKeyNotFound;
+    for (std::size_t i = 0; i < list->size(); ++i) {
+        if ((*list)[i] == id) {
+            m_pos = static_cast<long long>(i);
+            return Orvex::eOk;
+        }
+    }
+    return Orvex::eKeyNotFound;
+}

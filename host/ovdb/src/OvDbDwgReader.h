@@ -1,0 +1,75 @@
+#pragma once
+
+#include "ovdb/OvDbObjectId.h"
+#include "ovdb/OvErrorStatus.h"
+#include "ovdb/OvGePoint3d.h"
+
+#include <QJsonObject>
+#include <QLatin1StringView>
+#include <QString>
+
+#include <cstdint>
+#include <vector>
+
+class OvDbDictionary;
+class OvDbObject;
+class OvRxClass;
+
+// Reads the fields of one object after another, from a drawing file or a clone. Plain
+// values are checked and taken at once; references are kept as handles (fix-ups) and
+// resolved when every object exists. The first problem found stops the read; its message
+// names the object's handle.
+class OvDbDwgReader {
+public:
+    struct Fixup {
+        OvDbObject* from;
+        OvDbObjectId* slot;
+        std::uint64_t handle;
+        OvRxClass* expected;
+        QLatin1StringView key;
+    };
+    struct DictionaryEntry {
+        OvDbDictionary* dictionary;
+        QString name;
+        std::uint64_t handle;
+    };
+
+    void begin(const QJsonObject& fields, OvDbObject* object, std::uint64_t handle,
+               const QString& type);
+    const QJsonObject& fields() const { return m_fields; }
+    OvDbObject* object() const { return m_object; }
+
+    // Each is false (and the read failed) for a value of the wrong kind. A missing key
+    // leaves `out` as it is, unless the key is required.
+    bool readString(QLatin1StringView key, QString& out, bool required = false);
+    bool readInt(QLatin1StringView key, int& out, int min, int max);
+    bool readBool(QLatin1StringView key, bool& out);
+    bool readPoint(QLatin1StringView key, OvGePoint3d& out, bool required = false);
+    bool readReals(QLatin1StringView key, std::vector<double>& out);
+    // A missing key or "0" is the null id, when allowed.
+    bool readRef(QLatin1StringView key, OvDbObjectId& slot, OvRxClass* expected,
+                 bool required = false);
+    void addDictionaryEntry(OvDbDictionary* dictionary, const QString& name, std::uint64_t handle);
+
+    Orvex::ErrorStatus fail(Orvex::ErrorStatus status, const QString& problem);
+    // "object 1F (Line)": how messages name the object being read.
+    QString label() const;
+    Orvex::ErrorStatus status() const { return m_status; }
+    const QString& message() const { return m_message; }
+
+    std::vector<Fixup>& fixups() { return m_fixups; }
+    std::vector<DictionaryEntry>& dictionaryEntries() { return m_entries; }
+
+    static bool parseHandle(const QJsonValue& value, std::uint64_t& handle);
+    static QString handleText(std::uint64_t handle);
+
+private:
+    QJsonObject m_fields;
+    OvDbObject* m_object = nullptr;
+    std::uint64_t m_handle = 0;
+    QString m_type;
+    Orvex::ErrorStatus m_status = Orvex::eOk;
+    QString m_message;
+    std::vector<Fixup> m_fixups;
+    std::vector<DictionaryEntry> m_entries;
+};

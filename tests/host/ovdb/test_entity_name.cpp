@@ -1,0 +1,70 @@
+// Entity names of the LISP bridge: good for the session, refused once their drawing is gone.
+
+#include "ovdb/ovdb.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace Orvex;
+
+OvDbObjectId addLine(OvDbDatabase& db) {
+    OvDbBlockTableRecord* model = nullptr;
+    EXPECT_EQ(ovdbOpenObject(model, db.modelSpaceId(), OvDb::kForWrite), eOk);
+    auto* line = new OvDbLine(OvGePoint3d(0, 0, 0), OvGePoint3d(1, 1, 0));
+    OvDbObjectId id;
+    model->appendOvDbEntity(id, line);
+    line->close();
+    model->close();
+    return id;
+}
+
+TEST(EntityName, NameLeadsBackToItsObject) {
+    OvDbDatabase first;
+    OvDbDatabase second;
+    const OvDbObjectId a = addLine(first);
+    const OvDbObjectId b = addLine(second);
+    EXPECT_EQ(a.handle(), b.handle()) << "same handle, different drawings";
+
+    ov_name name = {0, 0};
+    ASSERT_EQ(ovdbGetOvName(name, b), RTNORM);
+    EXPECT_EQ(name[0], second.sessionNumber());
+    OvDbObjectId id;
+    ASSERT_EQ(ovdbGetObjectId(id, name), RTNORM);
+    EXPECT_EQ(id, b);
+
+    // An erased entity keeps its name, so that it can be brought back.
+    OvDbObject* line = nullptr;
+    ASSERT_EQ(ovdbOpenObject(line, b, OvDb::kForWrite), eOk);
+    line->erase();
+    line->close();
+    ASSERT_EQ(ovdbGetObjectId(id, name), RTNORM);
+    EXPECT_TRUE(id.isErased());
+}
+
+TEST(EntityName, NamesOfNothingAreRefused) {
+    ov_name name = {7, 7};
+    EXPECT_EQ(ovdbGetOvName(name, OvDbObjectId::kNull), RTERROR);
+    EXPECT_EQ(name[0], 0);
+
+    auto* doomed = new OvDbDatabase();
+    ASSERT_EQ(ovdbGetOvName(name, addLine(*doomed)), RTNORM);
+    const std::int64_t session = name[0];
+    EXPECT_EQ(ovdbDatabaseOfSession(session), doomed);
+    delete doomed;
+    EXPECT_EQ(ovdbDatabaseOfSession(session), nullptr);
+    OvDbObjectId id = OvDbObjectId::kNull;
+    EXPECT_EQ(ovdbGetObjectId(id, name), RTERROR);
+    EXPECT_TRUE(id.isNull());
+
+    OvDbDatabase db;
+    const OvDbObjectId line = addLine(db);
+    ASSERT_EQ(ovdbGetOvName(name, line), RTNORM);
+    name[1] = 0xFFFFFF;
+    EXPECT_EQ(ovdbGetObjectId(id, name), RTERROR);
+    EXPECT_TRUE(id.isNull());
+    OvDbDatabase laterDatabase;
+    EXPECT_GT(laterDatabase.sessionNumber(), db.sessionNumber()) << "never reused";
+}
+
+} // namespace
