@@ -20,8 +20,15 @@ configure: setup
 build: configure
 	@cmake --build $(BUILD) -j $(JOBS)
 
+# Guile and its collector keep memory for the life of the process by design: the leak
+# checker is told so, and stays on for everything else.
+TEST_ENV = QT_QPA_PLATFORM=offscreen \
+	ASAN_OPTIONS=detect_leaks=1:abort_on_error=0 \
+	LSAN_OPTIONS=suppressions=$(CURDIR)/tests/lsan.supp:print_suppressions=0 \
+	UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
+
 test: build
-	@cd $(BUILD) && ctest --output-on-failure -j $(JOBS) --timeout 300
+	@cd $(BUILD) && $(TEST_ENV) ctest --output-on-failure -j $(JOBS) --timeout 300
 
 bench: configure
 	@cmake --build $(BUILD) -j $(JOBS) --target zel_benchmarks

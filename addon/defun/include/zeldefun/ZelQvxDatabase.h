@@ -1,0 +1,58 @@
+#pragma once
+
+#include <QString>
+
+#include <cstdint>
+#include <memory>
+
+class OvDbDatabase;
+
+// The drawing behind a block reference helper. A path that names a document open in the
+// host reaches that document's live database, so that a write changes the drawing being
+// edited (and marks it modified); any other path is read from its file into a side
+// database that this object owns and deletes. A path that is neither fails the open.
+//
+// A side database is never saved: what is written to it lives as long as this object and
+// no longer. A live database is the document's: this object only borrows it and stops
+// reaching it when the document closes.
+class ZelQvxDatabase {
+public:
+    ZelQvxDatabase();
+    virtual ~ZelQvxDatabase();
+    ZelQvxDatabase(const ZelQvxDatabase&) = delete;
+    ZelQvxDatabase& operator=(const ZelQvxDatabase&) = delete;
+
+    // `sharing` is the caller's share mode (the module passes 32 and 64). A document is
+    // shared with the host by nature, and a file is read whole and not held open, so the
+    // mode decides nothing here; it is accepted for the callers' sake. `flag` (false from
+    // every caller) is accepted likewise. Paths compare absolute and clean, then with links
+    // resolved. True on success. An open on an object already open first ends the earlier
+    // use.
+    bool open(const QString& path, int sharing, bool flag);
+
+    // Ends the use of the drawing: a side database is deleted, a live one let go.
+    void closeDatabase();
+
+    bool isOpen() const;
+    // The drawing reached by the last successful open; null when none, and null once the
+    // document of a live database has closed.
+    OvDbDatabase* database() const;
+    // True when the drawing is a document's live database.
+    bool isLiveDocument() const;
+    QString path() const;
+    // Why the last open failed; empty after a successful one.
+    QString lastError() const;
+
+private:
+    OvDbDatabase* m_database = nullptr;
+    std::unique_ptr<OvDbDatabase> m_sideDatabase;
+    QString m_path;
+    QString m_lastError;
+    // The live database's session number: a document closed and another opened may reuse
+    // the address, never the number.
+    std::int64_t m_liveSession = 0;
+};
+
+// Name of the database's current space, as ZelQvxBlockRef::setSpace takes it
+// ("*Model_Space" for the model space). Empty for a null database.
+QString getSpace(OvDbDatabase* database);

@@ -1,0 +1,311 @@
+#include "shell/ZelHostServices.h"
+
+#include "support/ZelTestDrawing.h"
+#include "support/ZelTestHost.h"
+#include "support/ZelTestProject.h"
+
+#include "ovcore/OvApDocManager.h"
+#include "ovcore/oved.h"
+#include "ovdb/ovdb.h"
+#include "zeloledb/ZelOleDbCommand.h"
+#include "zeloledb/ZelOleDbConnection.h"
+#include "zeloledb/ZelOleDbConnectionCache.h"
+#include "zelpm/ZelMDIGblManager.h"
+
+#include <QDir>
+
+namespace {
+
+// The add-on's LISP functions as the services expect them, recording each call in `calls`
+// (newest first) and answering what `answer` holds.
+const QString kAddOnStandIns = QStringLiteral(R"(
+(define calls '())
+(define answer '())
+(define (record! name args) (set! calls (cons (cons name args) calls)) answer)
+(define (wd_cfg_read_dwg_params) (record! "read" '()))
+(define (c:wd_reread_dwg_params) (record! "reread" '()))
+(define (lock-status files mode extra) (record! "lock" (list files mode extra)))
+(define (c:zel_upd_unlock_dwgs files mode) (record! "unlock" (list files mode)))
+(define (zel_get_var name) (record! "var" (list name)))
+(define (failing) (error "broken on purpose"))
+(vl-orvex-defun 'wd_cfg_read_dwg_params)
+(vl-orvex-defun 'c:wd_reread_dwg_params)
+(vl-orvex-defun 'c:zel_upd_unlock_dwgs)
+(vl-orvex-defun 'zel_get_var)
+)");
+
+class HostServicesTest : public ZelTestHost {
+protected:
+    void defineAddOnStandIns() {
+        evalLisp(kAddOnStandIns);
+        // The lock check's name starts with a blank, and is exported as it stands.
+        evalLisp(QStringLiteral("(module-define! (current-module) (string->symbol \" "
+                                "wdupda_chkdwglockstatus\") lock-status)"
+                                "(vl-orvex-defun \" wdupda_chkdwglockstatus\")"));
+    }
+    void setAnswer(const QString& lisp) { evalLisp(QStringLiteral("(set! answer %1)").arg(lisp)); }
+    QString calls() { return evalLisp(QStringLiteral("calls")).value; }
+    void clearCalls() { evalLisp(QStringLiteral("(set! calls '())")); }
+};
+
+TEST_F(HostServicesTest, WithoutAnActiveDocumentTheLispServicesCallNothing) {
+    // The stand-ins live in the host's default context, where a call would reach them.
+    defineAddOnStandIns();
+    ASSERT_EQ(ovDocManagerPtr()->mdiActiveDocument(), nullptr);
+    setAnswer(QStringLiteral("\"x\""));
+
+    EXPECT_FALSE(ReadDwgParams());
+    EXPECT_FALSE(RereadDwgParams());
+    EXPECT_FALSE(IsDrawingLocked(QStringLiteral("/p/a.dwg")));
+    EXPECT_FALSE(UnlockDrawing(QStringLiteral("/p/a.dwg")));
+    QString text = QStringLiteral("kept");
+    EXPECT_FALSE(GetLispString(QStringLiteral("answer"), text));
+    EXPECT_TRUE(text.isEmpty());
+    EXPECT_FALSE(DefineLispSymbol(QStringLiteral("failing")));
+    EXPECT_EQ(calls(), QStringLiteral("nil"));
+
+    // Called directly the stand-in answers: only the gate kept the services from it.
+    resbuf* read = ovutBuildList(RTSTR, L"wd_cfg_read_dwg_params", 0);
+    resbuf* result = nullptr;
+    EXPECT_EQ(ovedInvoke(read, &result), RTNORM);
+    ovutRelRb(read);
+    ovutRelRb(result);
+    EXPECT_EQ(calls(), QStringLiteral("((\"read\"))"));
+}
+
+TEST_F(HostServicesTest, DrawingParameterCallsReportWhetherTheCallWentThrough) {
+    ASSERT_NE(newDocument(), nullptr);
+    // Not defined yet: the call fails.
+    EXPECT_FALSE(ReadDwgParams());
+    EXPECT_FALSE(RereadDwgParams());
+    EXPECT_FALSE(UnlockDrawing(QStringLiteral("/p/a.dwg")));
+
+    defineAddOnStandIns();
+    EXPECT_TRUE(ReadDwgParams());
+    EXPECT_TRUE(RereadDwgParams());
+    EXPECT_TRUE(UnlockDrawing(QStringLiteral("/p/a b.dwg"))) << output().toStdString();
+    EXPECT_EQ(calls(), QStringLiteral("((\"unlock\" (\"/p/a b.dwg\") 1) (\"reread\") (\"read\"))"));
+
+    // A LISP error inside is a failed call.
+    evalLisp(QStringLiteral("(set! wd_cfg_read_dwg_params failing)"));
+    EXPECT_FALSE(ReadDwgParams());
+}
+
+TEST_F(HostServicesTest, LockCheckIsTrueOnlyForAListThatStartsWithAString) {
+    ASSERT_NE(newDocument(), nullptr);
+    defineAddOnStandIns();
+    const QString drawing = QStringLiteral("/p/wiring 1.dwg");
+
+    setAnswer(QStringLiteral("'(\"ann\" \"desk-7\" 4242)"));
+    EXPECT_TRUE(IsDrawingLocked(drawing));
+    // The chain as sent: the list of one path, the short 2 and nil.
+    EXPECT_EQ(calls(), QStringLiteral("((\"lock\" (\"/p/wiring 1.dwg\") 2 nil))"));
+
+    for (const QString& notLocked :
+         {QStringLiteral("'()"), QStringLiteral("\"ann\""), QStringLiteral("'(42 \"ann\")"),
+          QStringLiteral("42"), QStringLiteral("#t")}) {
+        setAnswer(notLocked);
+        EXPECT_FALSE(IsDrawingLocked(drawing)) << notLocked.toStdString();
+    }
+    evalLisp(QStringLiteral("(set! lock-status failing)"
+                            "(module-define! (current-module) (string->symbol \" "
+                            "wdupda_chkdwglockstatus\") failing)"));
+    EXPECT_FALSE(IsDrawingLocked(drawing));
+}
+
+TEST_F(HostServicesTest, UserFolderTakesOnlyAStringAndIsAlwaysTrue) {
+    // No document: the add-on's global value, the per-user folder under the redirected
+    // data folder.
+    QString folder = QStringLiteral("kept");
+    EXPECT_TRUE(GetUserFolder(folder));
+    EXPECT_EQ(folder, QDir(tempPath(QStringLiteral("data"))).filePath(QStringLiteral("Zel/User/")));
+
+    // A global value that is not a string leaves the text alone.
+    resbuf* number = ovutBuildList(RTSHORT, 7, 0);
+    ASSERT_TRUE(GblPm_SetGblValue(L"GBL_wd_usr", number));
+    ovutRelRb(number);
+    folder = QStringLiteral("kept");
+    EXPECT_TRUE(GetUserFolder(folder));
+    EXPECT_EQ(folder, QStringLiteral("kept"));
+    GblPm_SetGblValue(L"GBL_wd_usr", nullptr);
+
+    // With a document, LISP answers.
+    ASSERT_NE(newDocument(), nullptr);
+    EXPECT_TRUE(GetUserFolder(folder)) << "not defined: the call fails, the service does not";
+    EXPECT_EQ(folder, QStringLiteral("kept"));
+    defineAddOnStandIns();
+    setAnswer(QStringLiteral("\"/home/ann/zel/\""));
+    EXPECT_TRUE(GetUserFolder(folder));
+    EXPECT_EQ(folder, QStringLiteral("/home/ann/zel/"));
+    EXPECT_EQ(calls(), QStringLiteral("((\"var\" \"GBL_wd_usr\"))"));
+    for (const QString& notText :
+         {QStringLiteral("'()"), QStringLiteral("'(\"/x/\")"), QStringLiteral("12")}) {
+        setAnswer(notText);
+        folder = QStringLiteral("kept");
+        EXPECT_TRUE(GetUserFolder(folder));
+        EXPECT_EQ(folder, QStringLiteral("kept")) << notText.toStdString();
+    }
+}
+
+TEST_F(HostServicesTest, LispStringIsReadOnlyFromAStringSymbol) {
+    ASSERT_NE(newDocument(), nullptr);
+    evalLisp(QStringLiteral("(define GBL_wd_prj \"/p/demo.zpj\") (define count 3)"));
+    QString text;
+    EXPECT_TRUE(GetLispString(QStringLiteral("GBL_wd_prj"), text));
+    EXPECT_EQ(text, QStringLiteral("/p/demo.zpj"));
+    EXPECT_FALSE(GetLispString(QStringLiteral("count"), text));
+    EXPECT_TRUE(text.isEmpty());
+    text = QStringLiteral("kept");
+    EXPECT_FALSE(GetLispString(QStringLiteral("no-such-symbol"), text));
+    EXPECT_TRUE(text.isEmpty());
+}
+
+TEST_F(HostServicesTest, DefinedLispSymbolBecomesInvokable) {
+    ASSERT_NE(newDocument(), nullptr);
+    evalLisp(QStringLiteral("(define (wd_wirlay_probe) \"answered\") (define not-a-function 5)"));
+    resbuf* call = ovutBuildList(RTSTR, L"wd_wirlay_probe", 0);
+    resbuf* result = nullptr;
+    EXPECT_NE(ovedInvoke(call, &result), RTNORM) << "not callable before it is defined";
+
+    EXPECT_TRUE(DefineLispSymbol(QStringLiteral("wd_wirlay_probe")));
+    ASSERT_EQ(ovedInvoke(call, &result), RTNORM);
+    ASSERT_NE(result, nullptr);
+    ASSERT_EQ(result->restype, RTSTR);
+    EXPECT_EQ(QString::fromWCharArray(result->resval.rstring), QStringLiteral("answered"));
+    ovutRelRb(result);
+    ovutRelRb(call);
+
+    EXPECT_FALSE(DefineLispSymbol(QStringLiteral("not-a-function")));
+}
+
+class ProjectQueryTest : public ZelTestHost {
+protected:
+    void openProjectWithDatabase(const QString& database) {
+        const QString project = ZelTestProject::write(tempPath(QStringLiteral("project")),
+                                                      QStringLiteral("test"), {}, database);
+        ASSERT_TRUE(openProject(project));
+    }
+    static int cachedConnections() {
+        return ZelOleDbConnectionCache::GetCacheManager()->GetCount();
+    }
+};
+
+TEST_F(ProjectQueryTest, StatementRunsOnTheProjectDatabaseAndTheConnectionIsCached) {
+    ZelOleDbCommand command;
+    EXPECT_FALSE(ExecuteProjectQuery(QStringLiteral("SELECT 1"), command)) << "no project";
+    openProjectWithDatabase(QString());
+    EXPECT_FALSE(ExecuteProjectQuery(QStringLiteral("SELECT 1"), command)) << "no database";
+    EXPECT_TRUE(output().isEmpty());
+
+    openProjectWithDatabase(ZelTestProject::demoDatabase());
+    const QString sql = QStringLiteral(
+        "SELECT [LAYNAME], [WIRECOLOR] FROM [WIRETYPE] WHERE [DWGIX] = 1 ORDER BY [GRIDROW]");
+    ASSERT_TRUE(ExecuteProjectQuery(sql, command)) << output().toStdString();
+    ASSERT_EQ(command.FetchNext(), ZelOleDbCommand::FetchRow);
+    EXPECT_EQ(command.FieldAsString(1), QStringLiteral("BK_1.5"));
+    EXPECT_EQ(command.FieldAsString(2), QStringLiteral("BK"));
+    EXPECT_EQ(cachedConnections(), 1);
+
+    // The next statement takes the cached connection instead of opening another.
+    ZelOleDbConnection* cached = nullptr;
+    ASSERT_TRUE(OpenProjectConnection(&cached));
+    ZelOleDbCommand second;
+    ASSERT_TRUE(ExecuteProjectQuery(QStringLiteral("SELECT COUNT(*) FROM [WIRETYPE_USR]"), second));
+    ASSERT_EQ(second.FetchNext(), ZelOleDbCommand::FetchRow);
+    EXPECT_GT(second.FieldAsLong(1), 0);
+    EXPECT_EQ(cachedConnections(), 1);
+    ZelOleDbConnection* again = nullptr;
+    ASSERT_TRUE(OpenProjectConnection(&again));
+    EXPECT_EQ(again, cached);
+    EXPECT_FALSE(OpenProjectConnection(nullptr));
+}
+
+TEST_F(ProjectQueryTest, FailedStatementIsPrintedUpperCasedUnlessItMentionsDrop) {
+    openProjectWithDatabase(ZelTestProject::demoDatabase());
+    ZelOleDbCommand command;
+    EXPECT_FALSE(ExecuteProjectQuery(
+        QStringLiteral("SELECT * FROM [NoSuchTable] WHERE [Layname] LIKE 'w%s%d'"), command));
+    const QString printed = output();
+    EXPECT_TRUE(printed.contains(
+        QStringLiteral("SELECT * FROM [NOSUCHTABLE] WHERE [LAYNAME] LIKE 'W%S%D'\n")))
+        << printed.toStdString();
+    EXPECT_EQ(printed, printed.toUpper());
+    EXPECT_EQ(cachedConnections(), 0) << "a failed statement does not give the connection back";
+
+    for (const QString& dropping :
+         {QStringLiteral("select * from dropped_rows"), QStringLiteral("DROP TABLE [WIRETYPE]"),
+          QStringLiteral("SELECT [x] FROM [WIRETYPE] -- DrOp")}) {
+        clearOutput();
+        EXPECT_FALSE(ExecuteProjectQuery(dropping, command));
+        EXPECT_TRUE(output().isEmpty()) << dropping.toStdString() << ": " << output().toStdString();
+    }
+}
+
+TEST_F(ProjectQueryTest, DatabaseThatCannotBeOpenedIsReportedOnce) {
+    openProjectWithDatabase(tempPath(QStringLiteral("project/missing.db")));
+    ZelOleDbConnection unused;
+    ZelOleDbConnection* connection = &unused;
+    EXPECT_FALSE(OpenProjectConnection(&connection));
+    EXPECT_EQ(connection, nullptr);
+    EXPECT_TRUE(output().contains(QStringLiteral("missing.db"))) << output().toStdString();
+    clearOutput();
+    ZelOleDbCommand command;
+    EXPECT_FALSE(ExecuteProjectQuery(QStringLiteral("SELECT 1"), command));
+    EXPECT_FALSE(output().isEmpty());
+    EXPECT_EQ(cachedConnections(), 0);
+}
+
+TEST(PathTextTest, AppendBackslashAddsOneSeparator) {
+    QString path;
+    AppendBackslash(path);
+    EXPECT_EQ(path, QStringLiteral("/"));
+    AppendBackslash(path);
+    EXPECT_EQ(path, QStringLiteral("/"));
+    path = QStringLiteral("/opt/zel");
+    AppendBackslash(path);
+    EXPECT_EQ(path, QStringLiteral("/opt/zel/"));
+    path = QStringLiteral("C:\\zel\\");
+    AppendBackslash(path);
+    EXPECT_EQ(path, QStringLiteral("C:\\zel\\/"));
+}
+
+TEST_F(HostServicesTest, ModuleFolderIsThatOfTheLoadedFileOrElseOfTheProgram) {
+    QString folder = QStringLiteral("kept");
+    // The resource library is loaded (by the fixture) from the program's folder.
+    EXPECT_TRUE(GetModuleFolder(folder, QStringLiteral("ZelWireTypeRes.so")));
+    EXPECT_EQ(folder, programFolder());
+    EXPECT_TRUE(GetModuleFolder(folder, QStringLiteral("libovdb.so")));
+    EXPECT_EQ(QDir(folder).filePath(QStringLiteral("libovdb.so")),
+              QDir(programFolder()).filePath(QStringLiteral("libovdb.so")));
+    EXPECT_FALSE(folder.endsWith(QLatin1Char('/')));
+
+    // A module that is not loaded: the program, as the system answers.
+    EXPECT_TRUE(GetModuleFolder(folder, QStringLiteral("ZelWireType.ovm")));
+    EXPECT_EQ(folder, programFolder());
+}
+
+TEST_F(HostServicesTest, CloneCopiesARecordOfAnotherDrawingIntoTheTable) {
+    ASSERT_NE(newDocument(), nullptr);
+    OvDbDatabase* drawing = workingDatabase();
+    OvDbDatabase source(true, true);
+    const OvDbObjectId sourceId =
+        ZelTestDrawing::addLayer(&source, QStringLiteral("FROM_OTHER"), 3);
+
+    OvDbObjectId copy;
+    ASSERT_TRUE(CloneObjectToOwner(copy, sourceId, &source, drawing->layerTableId()));
+    EXPECT_EQ(copy.database(), drawing);
+    OvDbLayerTableRecord* copied = nullptr;
+    ASSERT_EQ(ovdbOpenObject(copied, copy, OvDb::kForRead), Orvex::eOk);
+    EXPECT_EQ(copied->name(), QStringLiteral("FROM_OTHER"));
+    EXPECT_EQ(copied->color().colorIndex(), 3);
+    copied->close();
+
+    // A second clone of the same name maps to the record already there.
+    OvDbObjectId second;
+    ASSERT_TRUE(CloneObjectToOwner(second, sourceId, &source, drawing->layerTableId()));
+    EXPECT_EQ(second, copy);
+
+    EXPECT_FALSE(CloneObjectToOwner(second, sourceId, nullptr, drawing->layerTableId()));
+}
+
+} // namespace
