@@ -495,8 +495,10 @@ QString quoted(const QString& text) {
 QString entityNameText(SCM name) {
     std::int64_t words[2];
     entityNameWords(name, words);
+    // The second word is the entity's handle, which tells one entity from another; the
+    // first only names the drawing.
     return QStringLiteral("<Entity name: %1>")
-        .arg(QString::number(static_cast<quint64>(words[0]), 16));
+        .arg(QString::number(static_cast<quint64>(words[1]), 16));
 }
 
 void appendNotation(QString& out, SCM value, bool write, int depth) {

@@ -1,5 +1,6 @@
 #include "lispGuile.h"
 
+#include "cadLisp.h"
 #include "lispConvert.h"
 #include "lispDispatch.h"
 #include "lispState.h"
@@ -149,6 +150,7 @@ SCM bootBody(void* data) {
     scm_c_define_module("orvex host primitives", definePrimitives, nullptr);
     boot->hostModule = scm_c_define_module("orvex host", noModuleSetup, nullptr);
     scm_eval_string_in_module(scm_from_utf8_string(bootSource()), boot->hostModule);
+    defineCadFunctions(boot->hostModule);
 
     const SCM m = boot->hostModule;
     HostProcedures p;

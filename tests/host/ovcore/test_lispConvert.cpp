@@ -217,7 +217,7 @@ TEST_F(LispConvert, SingleResultsOfEachKind) {
         case 4:
             return ovedRetReal(0.1) == RTNORM ? 1 : 3;
         default: {
-            const ov_name name = {0x1a2b, 7};
+            const ov_name name = {7, 0x1a2b};
             return ovedRetName(name);
         }
         }
@@ -255,7 +255,7 @@ TEST_F(LispConvert, NotationOfChains) {
         resbuf* chain;
         const char* expected;
     };
-    const ov_name name = {0xbeef, 0};
+    const ov_name name = {1, 0xbeef};
     const Case cases[] = {
         {nullptr, "nil"},
         {ovutBuildList(RTNIL, 0), "nil"},

@@ -1,0 +1,447 @@
+// The CAD LISP drawing functions: building a drawing from group codes and reading it back.
+#include "test_cadFixture.h"
+
+#include "ovcore/OvEdInput.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+
+#include <memory>
+
+namespace {
+
+class CadDrawing : public CadFixture {
+protected:
+    // The live layer of that name, opened for the test's checks.
+    OvDbObjectId layerId(const wchar_t* name) {
+        OvDbLayerTable* table = nullptr;
+        EXPECT_EQ(db()->getLayerTable(table, OvDb::kForRead), Orvex::eOk);
+        OvDbObjectId id;
+        table->getIdAt(name, id);
+        table->close();
+        return id;
+    }
+
+    // Enough to tell whether a refused request changed anything.
+    struct Snapshot {
+        std::uint64_t handseed;
+        int dbmod;
+    };
+    Snapshot snapshot() const { return {db()->handseed().value(), db()->dbmod()}; }
+    void expectUnchanged(const Snapshot& before) const {
+        EXPECT_EQ(db()->handseed().value(), before.handseed);
+        EXPECT_EQ(db()->dbmod(), before.dbmod);
+    }
+};
+
+TEST_F(CadDrawing, LayersAndLinesReadBackAsTheyWereMade) {
+    eval("(setvar \"DBMOD\" 0)");
+    EXPECT_EQ(eval("(entmake '((0 . \"LAYER\") (2 . \"RED_1.5\") (62 . 1) (6 . \"DASHED\") "
+                   "(370 . 50)))"),
+              "((0 . \"LAYER\") (2 . \"RED_1.5\") (62 . 1) (6 . \"DASHED\") (370 . 50))");
+    // A negative colour makes the layer off.
+    eval("(entmake '((0 . \"LAYER\") (2 . \"HIDDEN\") (62 . -3) (70 . 4)))");
+    EXPECT_EQ(eval("(tblsearch \"layer\" \"red_1.5\")"),
+              "((0 . \"LAYER\") (2 . \"RED_1.5\") (70 . 0) (62 . 1) (6 . \"DASHED\") (370 . 50))");
+    EXPECT_EQ(eval("(cdr (assoc 62 (tblsearch \"LAYER\" \"HIDDEN\")))"), "-3");
+    EXPECT_EQ(eval("(cdr (assoc 70 (tblsearch \"LAYER\" \"HIDDEN\")))"), "4");
+    EXPECT_EQ(eval("(tblsearch \"LAYER\" \"NOPE\")"), "nil");
+
+    // What LISP made is what the drawing holds.
+    {
+        OvDbLayerTableRecord* layer = nullptr;
+        ASSERT_EQ(ovdbOpenObject(layer, layerId(L"RED_1.5"), OvDb::kForRead), Orvex::eOk);
+        EXPECT_EQ(layer->color().colorIndex(), 1);
+        EXPECT_EQ(layer->lineWeight(), OvDb::kLnWt050);
+        OvDbLinetypeTableRecord* linetype = nullptr;
+        ASSERT_EQ(ovdbOpenObject(linetype, layer->linetypeObjectId(), OvDb::kForRead), Orvex::eOk);
+        EXPECT_EQ(linetype->name(), QStringLiteral("DASHED"));
+        linetype->close();
+        layer->close();
+    }
+
+    // Integers in a point are taken as CAD LISP scripts write them; an unknown layer is made.
+    eval("(setq ln (entmakex '((0 . \"LINE\") (8 . \"WIRES\") (10 0 0 0) (11 10.5 2.0) "
+         "(62 . 5))))");
+    OvDbBlockTableRecord* space = nullptr;
+    ASSERT_EQ(ovdbOpenObject(space, db()->modelSpaceId(), OvDb::kForRead), Orvex::eOk);
+    OvDbBlockTableRecordIterator* raw = nullptr;
+    space->newIterator(raw);
+    space->close();
+    std::unique_ptr<OvDbBlockTableRecordIterator> it(raw);
+    ASSERT_FALSE(it->done());
+    const OvDbObjectId ln = it->entityId();
+    OvDbLine* line = nullptr;
+    ASSERT_EQ(ovdbOpenObject(line, ln, OvDb::kForRead), Orvex::eOk);
+    EXPECT_EQ(line->endPoint(), OvGePoint3d(10.5, 2.0, 0.0));
+    EXPECT_EQ(line->color().colorIndex(), 5);
+    line->close();
+    EXPECT_EQ(eval("(equal (entlast) ln)"), "T");
+    const std::string data = eval("(cdr (entget ln))");
+    EXPECT_NE(data.find("(0 . \"LINE\")"), std::string::npos) << data;
+    EXPECT_NE(data.find("(8 . \"WIRES\")"), std::string::npos) << data;
+    EXPECT_NE(data.find("(62 . 5)"), std::string::npos) << data;
+    EXPECT_NE(data.find("(10 0.0 0.0 0.0) (11 10.5 2.0 0.0)"), std::string::npos) << data;
+    EXPECT_EQ(eval("(equal (cdr (assoc -1 (entget ln))) ln)"), "T");
+    EXPECT_FALSE(layerId(L"WIRES").isNull());
+    EXPECT_EQ(eval("(cdr (assoc 5 (entget ln)))"),
+              "\"" + ln.handle().toString().toStdString() + "\"");
+    // A line on the current layer, by layer, carries no colour group.
+    eval("(entmake '((0 . \"LINE\") (10 1.0 1.0 0.0) (11 2.0 2.0 0.0)))");
+    EXPECT_EQ(eval("(cdr (assoc 8 (entget (entlast))))"), "\"0\"");
+    EXPECT_EQ(eval("(assoc 62 (entget (entlast)))"), "nil");
+    EXPECT_NE(eval("(getvar \"DBMOD\")"), "0");
+}
+
+TEST_F(CadDrawing, InsertWithAttributesIsCollectedUntilSeqend) {
+    eval("(entmake '((0 . \"LINE\") (10 0.0 0.0 0.0) (11 1.0 0.0 0.0)))");
+    eval("(setq before (entlast))");
+    EXPECT_EQ(eval("(entmake '((0 . \"INSERT\") (2 . \"WD_M\") (8 . \"TITLE\") (66 . 1) "
+                   "(10 5.0 6.0 0.0)))"),
+              "((0 . \"INSERT\") (2 . \"WD_M\") (8 . \"TITLE\") (66 . 1) (10 5.0 6.0 0.0))");
+    // Nothing is in the drawing before SEQEND.
+    EXPECT_EQ(eval("(equal (entlast) before)"), "T");
+    EXPECT_EQ(eval("(tblsearch \"BLOCK\" \"WD_M\")"), "nil");
+    eval("(entmake '((0 . \"ATTRIB\") (2 . \"WIRELAYS\") (1 . \"RED*,BLU*\")))");
+    eval("(entmake '((0 . \"ATTRIB\") (2 . \"DWGNO\") (1 . \"7\") (8 . \"TEXT\") "
+         "(10 1.0 1.0 0.0)))");
+    EXPECT_EQ(eval("(entmake '((0 . \"SEQEND\")))"), "((0 . \"SEQEND\"))");
+
+    eval("(setq ins (entlast))");
+    EXPECT_EQ(eval("(cdr (assoc 0 (entget ins)))"), "\"INSERT\"");
+    EXPECT_EQ(eval("(cdr (assoc 66 (entget ins)))"), "1");
+    EXPECT_EQ(eval("(cdr (assoc 2 (entget ins)))"), "\"WD_M\"");
+    EXPECT_EQ(eval("(cdr (assoc 10 (entget ins)))"), "(5.0 6.0 0.0)");
+    // An unknown block name got a definition of its own.
+    EXPECT_EQ(eval("(cdr (assoc 2 (tblsearch \"BLOCK\" \"wd_m\")))"), "\"WD_M\"");
+
+    // The walk goes through the attributes and SEQEND, then on past the INSERT.
+    eval("(setq e (entnext) seen nil)"
+         "(while e (setq seen (cons (cdr (assoc 0 (entget e))) seen) e (entnext e)))");
+    EXPECT_EQ(eval("(reverse seen)"), "(\"LINE\" \"INSERT\" \"ATTRIB\" \"ATTRIB\" \"SEQEND\")");
+    EXPECT_EQ(eval("(cdr (assoc 1 (entget (entnext ins))))"), "\"RED*,BLU*\"");
+    // An attribute without a layer or point of its own takes the INSERT's.
+    EXPECT_EQ(eval("(cdr (assoc 8 (entget (entnext ins))))"), "\"TITLE\"");
+    EXPECT_EQ(eval("(cdr (assoc 10 (entget (entnext ins))))"), "(5.0 6.0 0.0)");
+    eval("(setq a2 (entnext (entnext ins)))");
+    EXPECT_EQ(eval("(mapcar (lambda (c) (cdr (assoc c (entget a2)))) '(2 1 8 10))"),
+              "(\"DWGNO\" \"7\" \"TEXT\" (1.0 1.0 0.0))");
+    eval("(setq se (entnext a2))");
+    EXPECT_EQ(eval("(equal (cdr (assoc -2 (entget se))) ins)"), "T");
+    EXPECT_EQ(eval("(entnext se)"), "nil");
+
+    // The drawing holds one reference with both attributes.
+    OvDbBlockTableRecord* space = nullptr;
+    ASSERT_EQ(ovdbOpenObject(space, db()->modelSpaceId(), OvDb::kForRead), Orvex::eOk);
+    OvDbBlockTableRecordIterator* raw = nullptr;
+    space->newIterator(raw);
+    std::unique_ptr<OvDbBlockTableRecordIterator> it(raw);
+    it->step();
+    OvDbBlockReference* reference = nullptr;
+    ASSERT_EQ(ovdbOpenObject(reference, it->entityId(), OvDb::kForRead), Orvex::eOk);
+    std::unique_ptr<OvDbObjectIterator> attributes(reference->attributeIterator());
+    QStringList tags;
+    for (; !attributes->done(); attributes->step()) {
+        OvDbAttribute* attribute = nullptr;
+        ASSERT_EQ(ovdbOpenObject(attribute, attributes->objectId(), OvDb::kForRead), Orvex::eOk);
+        tags << attribute->tag() + u'=' + attribute->textString();
+        attribute->close();
+    }
+    EXPECT_EQ(tags, QStringList({"WIRELAYS=RED*,BLU*", "DWGNO=7"}));
+    reference->close();
+    space->close();
+}
+
+TEST_F(CadDrawing, XrecordInALayersExtensionDictionary) {
+    eval("(entmake '((0 . \"LAYER\") (2 . \"RED\")))");
+    eval("(setq xr (entmakex '((0 . \"XRECORD\") (1 . \"RED\") (2 . \"1.5\") (90 . 7) "
+         "(290 . 1))))");
+    ASSERT_NE(eval("xr"), "nil");
+    // Unowned until added somewhere.
+    EXPECT_EQ(eval("(assoc 330 (entget xr))"), "nil");
+
+    eval("(setq rec (entmakex '((0 . \"DICTIONARY\"))))");
+    eval("(setq nod (namedobjdict))");
+    EXPECT_EQ(eval("(equal (dictadd nod \"ZEL_WIRETYPE\" rec) rec)"), "T");
+    EXPECT_EQ(eval("(cdr (assoc 0 (dictsearch nod \"zel_wiretype\")))"), "\"DICTIONARY\"");
+
+    // The layer's extension dictionary, made on request.
+    const OvDbObjectId red = layerId(L"RED");
+    eval("(setq lay (tblobjname \"LAYER\" \"red\"))");
+    EXPECT_EQ(eval("(cdr (assoc 0 (entget lay)))"), "\"LAYER\"");
+    EXPECT_EQ(eval("(orvex-xdictionary lay)"), "nil");
+    eval("(setq xd (orvex-xdictionary lay T))");
+    EXPECT_EQ(eval("(equal (orvex-xdictionary lay) xd)"), "T");
+    EXPECT_EQ(eval("(equal (orvex-xdictionary lay T) xd)"), "T");
+    eval("(dictadd xd \"ZEL_WIRETYPE\" xr)");
+
+    EXPECT_EQ(eval("(member '(90 . 7) (dictsearch xd \"ZEL_WIRETYPE\"))"), "((90 . 7) (290 . 1))");
+    {
+        OvDbLayerTableRecord* layer = nullptr;
+        ASSERT_EQ(ovdbOpenObject(layer, red, OvDb::kForRead), Orvex::eOk);
+        OvDbDictionary* xdict = nullptr;
+        ASSERT_EQ(ovdbOpenObject(xdict, layer->extensionDictionary(), OvDb::kForRead), Orvex::eOk);
+        layer->close();
+        OvDbObjectId recordId;
+        EXPECT_EQ(xdict->getAt(L"ZEL_WIRETYPE", recordId), Orvex::eOk);
+        xdict->close();
+        OvDbXrecord* xrecord = nullptr;
+        ASSERT_EQ(ovdbOpenObject(xrecord, recordId, OvDb::kForRead), Orvex::eOk);
+        resbuf* chain = nullptr;
+        xrecord->rbChain(chain);
+        xrecord->close();
+        ASSERT_NE(chain, nullptr);
+        EXPECT_EQ(ovcore::lisp::toLispNotation(chain),
+                  QStringLiteral("((1 . \"RED\") (2 . \"1.5\") (90 . 7) (290 . 1))"));
+        ovutRelRb(chain);
+    }
+
+    // entget's list of an xrecord makes the same data again through entmakex.
+    eval("(setq copy (entmakex (entget xr)))");
+    EXPECT_EQ(eval("(equal (member '(1 . \"RED\") (entget copy)) "
+                   "(member '(1 . \"RED\") (entget xr)))"),
+              "T");
+
+    // dictnext walks the entries, dictremove takes one out without erasing it.
+    eval("(dictadd xd \"SECOND\" copy)");
+    EXPECT_EQ(eval("(cdr (assoc 1 (dictnext xd T)))"), "\"RED\"");
+    EXPECT_EQ(eval("(equal (cdr (assoc -1 (dictnext xd))) copy)"), "T");
+    EXPECT_EQ(eval("(dictnext xd)"), "nil");
+    EXPECT_EQ(eval("(equal (dictremove xd \"SECOND\") copy)"), "T");
+    EXPECT_EQ(eval("(dictsearch xd \"SECOND\")"), "nil");
+    EXPECT_EQ(eval("(dictremove xd \"SECOND\")"), "nil");
+    EXPECT_EQ(eval("(cdr (assoc 0 (entget copy)))"), "\"XRECORD\"");
+    EXPECT_EQ(eval("(assoc 330 (entget copy))"), "nil");
+}
+
+TEST_F(CadDrawing, TableWalksFollowTheTablesAndRewind) {
+    eval("(entmake '((0 . \"LAYER\") (2 . \"A\")))");
+    eval("(entmake '((0 . \"LAYER\") (2 . \"B\")))");
+    eval("(setq names nil l (tblnext \"LAYER\" T))"
+         "(while l (setq names (cons (cdr (assoc 2 l)) names) l (tblnext \"LAYER\")))");
+    EXPECT_EQ(eval("(reverse names)"), "(\"0\" \"A\" \"B\")");
+    EXPECT_EQ(eval("(layer-list)"), "(\"0\" \"A\" \"B\")");
+    EXPECT_EQ(eval("(tblnext \"LAYER\")"), "nil");
+    EXPECT_EQ(eval("(cdr (assoc 2 (tblnext \"LAYER\" T)))"), "\"0\"");
+    // tblsearch with its third argument sets where the walk goes on.
+    eval("(tblsearch \"LAYER\" \"A\" T)");
+    EXPECT_EQ(eval("(cdr (assoc 2 (tblnext \"LAYER\")))"), "\"B\"");
+    // Each table keeps its own place; the spaces are not blocks of the walk.
+    EXPECT_EQ(eval("(cdr (assoc 2 (tblnext \"LTYPE\" T)))"), "\"ByBlock\"");
+    EXPECT_EQ(eval("(tblnext \"BLOCK\" T)"), "nil");
+    eval("(entmake '((0 . \"INSERT\") (2 . \"FRAME\") (10 0.0 0.0 0.0)))");
+    EXPECT_EQ(eval("(cdr (assoc 2 (tblnext \"BLOCK\" T)))"), "\"FRAME\"");
+    EXPECT_EQ(eval("(tblsearch \"BLOCK\" \"*Model_Space\")"), "nil");
+    const std::string dashed = eval("(tblsearch \"LTYPE\" \"DASHED\")");
+    EXPECT_NE(dashed.find("(73 . 2)"), std::string::npos) << dashed;
+    EXPECT_NE(dashed.find("(49 . "), std::string::npos) << dashed;
+}
+
+TEST_F(CadDrawing, EntdelErasesAndBringsBack) {
+    eval("(entmake '((0 . \"LINE\") (10 0.0 0.0 0.0) (11 1.0 0.0 0.0)))");
+    eval("(setq ln (entlast))");
+    eval("(entmake '((0 . \"INSERT\") (2 . \"WD_M\") (66 . 1) (10 0.0 0.0 0.0)))"
+         "(entmake '((0 . \"ATTRIB\") (2 . \"T\") (1 . \"x\")))(entmake '((0 . \"SEQEND\")))");
+    eval("(setq ins (entlast) att (entnext ins))");
+
+    EXPECT_EQ(eval("(equal (entdel ins) ins)"), "T");
+    EXPECT_EQ(eval("(equal (entlast) ln)"), "T");
+    EXPECT_EQ(eval("(entnext ln)"), "nil");
+    EXPECT_NE(printed("(entget ins)").find("is erased"), std::string::npos);
+    // The attributes went with their INSERT.
+    EXPECT_EQ(eval("(entget att)"), "nil");
+
+    eval("(entdel ins)");
+    EXPECT_EQ(eval("(equal (entlast) ins)"), "T");
+    EXPECT_EQ(eval("(cdr (assoc 1 (entget att)))"), "\"x\"");
+    EXPECT_EQ(eval("(cdr (assoc 66 (entget ins)))"), "1");
+
+    eval("(entdel ln)");
+    EXPECT_EQ(eval("(equal (entnext) ins)"), "T");
+    expectRefused("(entdel att)", "an ATTRIB goes with its INSERT");
+    expectRefused("(entdel (entnext att))", "a SEQEND goes with its INSERT");
+    expectRefused("(entdel (namedobjdict))", "is not an entity");
+}
+
+TEST_F(CadDrawing, SystemVariables) {
+    EXPECT_EQ(eval("(getvar \"CLAYER\")"), "\"0\"");
+    eval("(entmake '((0 . \"LAYER\") (2 . \"WIRES\")))");
+    EXPECT_EQ(eval("(setvar \"clayer\" \"wires\")"), "\"wires\"");
+    EXPECT_EQ(eval("(getvar \"CLAYER\")"), "\"WIRES\"");
+    eval("(entmake '((0 . \"LINE\") (10 0.0 0.0 0.0) (11 1.0 0.0 0.0)))");
+    EXPECT_EQ(eval("(cdr (assoc 8 (entget (entlast))))"), "\"WIRES\"");
+    eval("(entmake '((0 . \"LAYER\") (2 . \"ICE\") (70 . 1)))");
+    expectRefused("(setvar \"CLAYER\" \"ICE\")", "frozen");
+    expectRefused("(setvar \"CLAYER\" \"NONE\")", "there is no layer \"NONE\"");
+    expectRefused("(setvar \"CLAYER\" 5)", "CLAYER takes a layer name");
+    EXPECT_EQ(eval("(getvar \"CLAYER\")"), "\"WIRES\"");
+
+    EXPECT_NE(eval("(getvar \"DBMOD\")"), "0");
+    EXPECT_EQ(eval("(setvar \"DBMOD\" 0)"), "0");
+    EXPECT_EQ(eval("(getvar \"DBMOD\")"), "0");
+    EXPECT_FALSE(db()->isModified());
+    expectRefused("(setvar \"DBMOD\" 1)", "DBMOD can only be set to 0");
+
+    EXPECT_EQ(eval("(getvar \"DWGNAME\")"), "\"" + m_document->docTitle().toStdString() + "\"");
+    EXPECT_EQ(eval("(getvar \"DWGPREFIX\")"), "\"" + QDir::currentPath().toStdString() + "/\"");
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    const QString path = dir.filePath(QStringLiteral("plan.dwg"));
+    ASSERT_EQ(ovDocManagerPtr()->saveDocumentAs(m_document, path), Orvex::eOk);
+    EXPECT_EQ(eval("(getvar \"DWGNAME\")"), "\"plan.dwg\"");
+    EXPECT_EQ(eval("(getvar \"dwgprefix\")"), "\"" + dir.path().toStdString() + "/\"");
+    expectRefused("(setvar \"DWGNAME\" \"x.dwg\")", "DWGNAME is read-only");
+    expectRefused("(getvar \"NOSUCHVAR\")", "there is no system variable \"NOSUCHVAR\"");
+    expectRefused("(getvar 5)", "getvar: bad argument type: 5");
+}
+
+TEST_F(CadDrawing, BadDataIsRefusedAndChangesNothing) {
+    const Snapshot before = snapshot();
+    expectRefused("(entmake '((0 . \"LINE\") (10 0.0 0.0 0.0)))", "(11 x y z) is missing");
+    expectRefused("(entmake '((0 . \"LINE\") (8 . \"A<B\") (10 0 0 0) (11 1 1 1)))",
+                  "not a valid layer name");
+    expectRefused("(entmake '((0 . \"LINE\") (62 . 300) (10 0 0 0) (11 1 1 1)))",
+                  "colour 300 is not an index colour");
+    expectRefused("(entmake '((0 . \"LINE\") (8 . 5) (10 0 0 0) (11 1 1 1)))",
+                  "(8 . 5) is not a group of drawing data");
+    expectRefused("(entmake '((0 . \"CIRCLE\") (10 0 0 0) (40 . 1.0)))",
+                  "entity type \"CIRCLE\" is not one the host makes");
+    expectRefused("(entmake '((8 . \"0\")))", "(0 . type) is missing");
+    expectRefused("(entmake \"LINE\")", "a list of groups is needed");
+    expectRefused("(entmake '((0 . \"LAYER\") (2 . \"0\")))", "layer \"0\" exists already");
+    expectRefused("(entmake '((0 . \"LAYER\") (2 . \"X\") (6 . \"NOLINE\")))",
+                  "there is no linetype \"NOLINE\"");
+    expectRefused("(entmake '((0 . \"LAYER\") (2 . \"X\") (370 . 33)))",
+                  "33 is not a lineweight a layer can have");
+    expectRefused("(entmake '((0 . \"LAYER\") (2 . \"X\") (62 . 256)))",
+                  "a layer's colour is from 1 to 255");
+    expectRefused("(entmake '((0 . \"INSERT\") (2 . \"*Model_Space\") (10 0 0 0)))",
+                  "a space cannot be inserted");
+    expectRefused("(entmake '((0 . \"ATTRIB\") (2 . \"T\") (1 . \"x\")))",
+                  "ATTRIB without an INSERT that carries (66 . 1)");
+    expectRefused("(entmake '((0 . \"SEQEND\")))", "SEQEND without an INSERT");
+    expectRefused("(entmake '((0 . \"XRECORD\")))", "a XRECORD is made with entmakex");
+    expectRefused("(entmakex '((0 . \"XRECORD\") (1 . \"a\") (-1 . \"x\")))",
+                  "is not a group of drawing data");
+    expectRefused("(entmakex '((0 . \"INSERT\") (2 . \"B\") (66 . 1) (10 0 0 0)))",
+                  "an INSERT with attributes is made with entmake");
+
+    // A collected INSERT is dropped by a bad ATTRIB, or by another entity.
+    eval("(entmake '((0 . \"INSERT\") (2 . \"WD_M\") (66 . 1) (10 0.0 0.0 0.0)))");
+    expectRefused("(entmake '((0 . \"ATTRIB\") (2 . \"TWO WORDS\") (1 . \"x\")))",
+                  "the INSERT it belongs to is dropped");
+    expectRefused("(entmake '((0 . \"SEQEND\")))", "SEQEND without an INSERT");
+    eval("(entmake '((0 . \"INSERT\") (2 . \"WD_M\") (66 . 1) (10 0.0 0.0 0.0)))");
+    eval("(entmake)");
+    expectRefused("(entmake '((0 . \"SEQEND\")))", "SEQEND without an INSERT");
+    expectUnchanged(before);
+
+    eval("(entmake '((0 . \"INSERT\") (2 . \"WD_M\") (66 . 1) (10 0.0 0.0 0.0)))");
+    const std::string out = printed("(entmake '((0 . \"LINE\") (10 0 0 0) (11 1 1 1)))");
+    EXPECT_NE(out.find("the INSERT of block \"WD_M\" is dropped"), std::string::npos) << out;
+    EXPECT_EQ(eval("(cdr (assoc 0 (entget (entlast))))"), "\"LINE\"");
+    EXPECT_EQ(eval("(tblsearch \"BLOCK\" \"WD_M\")"), "nil");
+}
+
+TEST_F(CadDrawing, BadNamesAndArgumentsAnswerNil) {
+    eval("(entmake '((0 . \"LINE\") (10 0.0 0.0 0.0) (11 1.0 0.0 0.0)))");
+    eval("(setq ln (entlast))");
+    // A name of a drawing that is gone, and one of no object.
+    eval("(setq ghost (make-entity-name 999999 42) stray (make-entity-name "
+         "(entity-name-word0 ln) 999999))");
+    for (const char* f : {"entget", "entdel", "entnext", "orvex-xdictionary", "dictnext"})
+        expectRefused(std::string("(") + f + " ghost)", "names no object of an open drawing");
+    expectRefused("(entget stray)", "names no object of an open drawing");
+    expectRefused("(entget \"ln\")", "entget: bad argument type: \"ln\"");
+    expectRefused("(entnext 5)", "entnext: bad argument type: 5");
+    expectRefused("(tblsearch \"STYLE\" \"Standard\")", "there is no table \"STYLE\"");
+    expectRefused("(tblsearch 'layer \"0\")", "bad argument type");
+    expectRefused("(tblnext \"VIEW\")", "there is no table \"VIEW\"");
+    expectRefused("(dictsearch ln \"X\")", "is not a dictionary");
+    expectRefused("(dictadd (namedobjdict) \"L\" ln)", "is not a DICTIONARY or XRECORD");
+    expectRefused("(dictadd (namedobjdict) \"\" ln)", "an entry needs a name");
+    // An object that has an owner stays where it is.
+    eval("(setq d (entmakex '((0 . \"DICTIONARY\"))) x (entmakex '((0 . \"XRECORD\"))))");
+    eval("(dictadd d \"X\" x)");
+    expectRefused("(dictadd (namedobjdict) \"X\" x)", "has an owner already");
+    expectRefused("(dictadd d \"X\" (entmakex '((0 . \"XRECORD\"))))",
+                  "the dictionary has an entry \"X\" already");
+    // Owners may not go round in a ring.
+    expectRefused("(dictadd x \"D\" (entmakex '((0 . \"DICTIONARY\"))))", "is not a dictionary");
+    eval("(setq inner (entmakex '((0 . \"DICTIONARY\"))))");
+    eval("(dictadd d \"INNER\" inner)");
+    expectRefused("(dictadd inner \"D\" d)", "holds the dictionary itself");
+    expectRefused("(dictadd d \"SELF\" d)", "holds the dictionary itself");
+}
+
+TEST_F(CadDrawing, OvdbEntGetGivesTheCallersChain) {
+    eval("(entmake '((0 . \"LINE\") (8 . \"W\") (10 1.0 2.0 3.0) (11 4.0 5.0 6.0)))");
+    ov_name name;
+    ovcore::lisp::EvalResult words = ovcore::lisp::evalString(
+        QStringLiteral("(list (entity-name-word0 (entlast)) (entity-name-word1 (entlast)))"));
+    ASSERT_TRUE(words.ok);
+    const QStringList parts = words.value.mid(1, words.value.size() - 2).split(u' ');
+    name[0] = parts.at(0).toLongLong();
+    name[1] = parts.at(1).toLongLong();
+
+    resbuf* data = ovdbEntGet(name);
+    ASSERT_NE(data, nullptr);
+    std::vector<int> codes;
+    for (const resbuf* link = data; link; link = link->rbnext)
+        codes.push_back(link->restype);
+    EXPECT_EQ(codes, (std::vector<int>{-1, 0, 330, 5, 8, 10, 11}));
+    EXPECT_EQ(data->resval.rlname[1], name[1]);
+    const resbuf* end = data;
+    while (end->rbnext)
+        end = end->rbnext;
+    EXPECT_EQ(end->resval.rpoint[2], 6.0);
+    ovutRelRb(data);
+
+    const ov_name dead = {name[0], 0x7fffff};
+    EXPECT_EQ(ovdbEntGet(dead), nullptr);
+    EXPECT_EQ(ovdbEntGet(nullptr), nullptr);
+}
+
+TEST_F(CadDrawing, ABuiltDrawingSurvivesSaveAndOpen) {
+    eval("(entmake '((0 . \"LAYER\") (2 . \"RED\") (62 . 1)))");
+    eval("(dictadd (orvex-xdictionary (tblobjname \"LAYER\" \"RED\") T) \"ZEL_WIRETYPE\" "
+         "(entmakex '((0 . \"XRECORD\") (1 . \"RED\") (90 . 3))))");
+    eval("(dictadd (namedobjdict) \"ZEL\" (entmakex '((0 . \"DICTIONARY\"))))");
+    eval("(entmake '((0 . \"INSERT\") (2 . \"WD_M\") (66 . 1) (10 1.0 2.0 0.0)))"
+         "(entmake '((0 . \"ATTRIB\") (2 . \"WIRELAYS\") (1 . \"RED*\")))"
+         "(entmake '((0 . \"SEQEND\")))");
+    // An object never given an owner is not part of the saved drawing.
+    eval("(entmakex '((0 . \"XRECORD\") (1 . \"LOOSE\")))");
+
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    const QString path = dir.filePath(QStringLiteral("built.dwg"));
+    ASSERT_EQ(ovDocManagerPtr()->saveDocumentAs(m_document, path), Orvex::eOk)
+        << ovDocManagerPtr()->lastErrorMessage().toStdString();
+    ASSERT_EQ(ovDocManagerPtr()->closeDocument(m_document), Orvex::eOk);
+    ASSERT_EQ(ovDocManagerPtr()->openDocument(path, &m_document), Orvex::eOk)
+        << ovDocManagerPtr()->lastErrorMessage().toStdString();
+
+    EXPECT_EQ(eval("(cdr (assoc 90 (dictsearch (orvex-xdictionary (tblobjname \"LAYER\" "
+                   "\"RED\")) \"ZEL_WIRETYPE\")))"),
+              "3");
+    EXPECT_EQ(eval("(cdr (assoc 0 (dictsearch (namedobjdict) \"ZEL\")))"), "\"DICTIONARY\"");
+    EXPECT_EQ(eval("(mapcar (lambda (e) (cdr (assoc 0 (entget e)))) "
+                   "(list (entnext) (entnext (entnext)) (entnext (entnext (entnext)))))"),
+              "(\"INSERT\" \"ATTRIB\" \"SEQEND\")");
+    EXPECT_EQ(eval("(cdr (assoc 1 (entget (entnext (entnext)))))"), "\"RED*\"");
+    EXPECT_EQ(eval("(getvar \"DBMOD\")"), "0");
+}
+
+TEST_F(CadDrawing, ACollectedInsertBelongsToItsDrawing) {
+    eval("(entmake '((0 . \"INSERT\") (2 . \"WD_M\") (66 . 1) (10 0.0 0.0 0.0)))");
+    OvApDocument* other = nullptr;
+    ASSERT_EQ(ovDocManagerPtr()->newDocument(QString(), &other), Orvex::eOk);
+    ASSERT_EQ(OvDbHostApplicationServices::getRefPtr()->workingDatabase(), other->database());
+    const std::string out = printed("(entmake '((0 . \"ATTRIB\") (2 . \"T\") (1 . \"x\")))");
+    EXPECT_NE(out.find("another drawing is current"), std::string::npos) << out;
+    EXPECT_NE(out.find("ATTRIB without an INSERT"), std::string::npos) << out;
+    EXPECT_EQ(eval("(entlast)"), "nil");
+}
+
+} // namespace

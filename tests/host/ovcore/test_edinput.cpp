@@ -1,0 +1,162 @@
+// Editor input without a window: picks and file names from the batch queues, help at the
+// command line, and a provider that takes the batch queues' place.
+#include "test_cadFixture.h"
+
+#include "ovcore/OvEdInput.h"
+#include "ovcore/OvEdInputProvider.h"
+
+namespace {
+
+class EdInput : public CadFixture {
+protected:
+    void SetUp() override {
+        CadFixture::SetUp();
+        eval("(entmake '((0 . \"LINE\") (10 1.0 2.0 0.0) (11 3.0 4.0 0.0)))");
+        eval("(setq ln (entlast))");
+        eval("(entmake '((0 . \"INSERT\") (2 . \"WD_M\") (66 . 1) (10 7.0 8.0 0.0)))"
+             "(entmake '((0 . \"ATTRIB\") (2 . \"T\") (1 . \"x\") (10 9.0 9.0 0.0)))"
+             "(entmake '((0 . \"SEQEND\")))");
+        eval("(setq ins (entlast) att (entnext ins))");
+    }
+
+    // The entity name a LISP variable holds.
+    void nameOf(const char* variable, ov_name name) {
+        const std::string words = eval(std::string("(list (entity-name-word0 ") + variable +
+                                       ") (entity-name-word1 " + variable + "))");
+        const QStringList parts =
+            QString::fromStdString(words.substr(1, words.size() - 2)).split(QLatin1Char(' '));
+        name[0] = parts.at(0).toLongLong();
+        name[1] = parts.at(1).toLongLong();
+    }
+};
+
+TEST_F(EdInput, PicksComeFromTheQueueInOrder) {
+    eval("(orvex-queue-pick ln) (orvex-queue-pick ln '(2 3)) (orvex-queue-pick att) "
+         "(orvex-queue-pick nil)");
+    EXPECT_EQ(OvEdBatchInput::instance().pendingPicks(), 4);
+    // Without a point the pick lies on the entity; an attribute is picked with its INSERT.
+    EXPECT_EQ(eval("(equal (entsel) (list ln '(1.0 2.0 0.0)))"), "T");
+    EXPECT_EQ(eval("(cadr (entsel \"\\nPick a wire: \"))"), "(2.0 3.0 0.0)");
+    EXPECT_EQ(eval("(equal (entsel) (list ins '(9.0 9.0 0.0)))"), "T");
+    std::string value;
+    EXPECT_NE(printed("(entsel)", &value).find("*Cancel*"), std::string::npos);
+    EXPECT_EQ(value, "nil");
+    EXPECT_EQ(OvEdBatchInput::instance().pendingPicks(), 0);
+
+    // An empty queue cancels and says so.
+    const std::string out = printed("(entsel \"Which one? \")", &value);
+    EXPECT_EQ(value, "nil");
+    EXPECT_NE(out.find("Which one? "), std::string::npos) << out;
+    EXPECT_NE(out.find("no pick is queued"), std::string::npos) << out;
+}
+
+TEST_F(EdInput, EntSelStatuses) {
+    ov_name line;
+    nameOf("ln", line);
+    ov_name picked = {0, 0};
+    double point[3] = {0, 0, 0};
+
+    OvEdBatchInput::instance().queuePick(line);
+    OvEdBatchInput::instance().queuePickCancel();
+    EXPECT_EQ(ovedEntSel(L"Select: ", picked, point), RTNORM);
+    EXPECT_EQ(picked[0], line[0]);
+    EXPECT_EQ(picked[1], line[1]);
+    EXPECT_EQ(point[0], 1.0);
+    EXPECT_EQ(point[1], 2.0);
+    EXPECT_EQ(ovedEntSel(nullptr, picked, point), RTCAN);
+    EXPECT_EQ(ovedEntSel(nullptr, picked, point), RTCAN);
+
+    // Nothing that is not a live entity of the drawing can be picked.
+    eval("(entdel ln)");
+    OvEdBatchInput::instance().queuePick(line);
+    EXPECT_EQ(ovedEntSel(nullptr, picked, point), RTERROR);
+    eval("(entdel ln)");
+    ov_name layer;
+    eval("(setq lay (tblobjname \"LAYER\" \"0\"))");
+    nameOf("lay", layer);
+    OvEdBatchInput::instance().queuePick(layer);
+    EXPECT_EQ(ovedEntSel(nullptr, picked, point), RTERROR);
+    const ov_name gone = {line[0] + 1000, line[1]};
+    OvEdBatchInput::instance().queuePick(gone);
+    EXPECT_EQ(ovedEntSel(nullptr, picked, point), RTERROR);
+    EXPECT_EQ(ovedEntSel(nullptr, nullptr, point), RTERROR);
+    expectRefused("(orvex-queue-pick ln '(1 \"a\"))", "bad argument type");
+    expectRefused("(orvex-queue-pick \"ln\")", "bad argument type");
+    EXPECT_EQ(OvEdBatchInput::instance().pendingPicks(), 0);
+}
+
+TEST_F(EdInput, FileNamesComeFromTheQueue) {
+    eval("(orvex-queue-file \"/tmp/plan.dwg\") (orvex-queue-file nil) "
+         "(orvex-queue-file \"/tmp/pläne/ß.dwt\")");
+    EXPECT_EQ(eval("(getfiled \"Open\" \"\" \"dwg;dwt\" 0)"), "\"/tmp/plan.dwg\"");
+    EXPECT_EQ(eval("(getfiled \"Open\" \"\" \"dwg\" 0)"), "nil");
+
+    resbuf result{};
+    ASSERT_EQ(ovedGetFileD(L"Open", L"/tmp", L"dwg", 0, &result), RTNORM);
+    EXPECT_EQ(result.restype, RTSTR);
+    EXPECT_EQ(QString::fromWCharArray(result.resval.rstring), QStringLiteral("/tmp/pläne/ß.dwt"));
+    ovutDelBuffer(result.resval.rstring);
+
+    // Cancelled, the result stays as it was.
+    resbuf untouched{};
+    untouched.restype = RTNONE;
+    m_output.clear();
+    EXPECT_EQ(ovedGetFileD(L"Save drawing", nullptr, L"dwg", 1, &untouched), RTCAN);
+    EXPECT_EQ(untouched.restype, RTNONE);
+    EXPECT_NE(m_output.find("no file name is queued"), std::string::npos) << m_output;
+    EXPECT_NE(m_output.find("Save drawing"), std::string::npos) << m_output;
+    EXPECT_EQ(ovedGetFileD(L"Open", nullptr, nullptr, 0, nullptr), RTERROR);
+
+    expectRefused("(getfiled \"Open\" \"\" \"dwg\" \"0\")", "bad argument type");
+    expectRefused("(orvex-queue-file 5)", "bad argument type");
+    eval("(orvex-queue-file \"a\") (orvex-queue-pick nil) (orvex-queue-clear)");
+    EXPECT_EQ(OvEdBatchInput::instance().pendingFiles(), 0);
+    EXPECT_EQ(OvEdBatchInput::instance().pendingPicks(), 0);
+}
+
+TEST_F(EdInput, HelpPrintsItsTopic) {
+    EXPECT_NE(printed("(help \"wiretype.md\" \"set_wire_type_dialog\")")
+                  .find("Help: wiretype.md set_wire_type_dialog\n"),
+              std::string::npos);
+    m_output.clear();
+    EXPECT_EQ(ovedHelp(L"zel.md", L"import_wire_types_dialog", 1), RTNORM);
+    EXPECT_NE(m_output.find("Help: zel.md import_wire_types_dialog\n"), std::string::npos)
+        << m_output;
+}
+
+// What a desktop program puts in place of the queues.
+class RecordingProvider : public OvEdInputProvider {
+public:
+    int entSel(const QString& prompt, ov_name, double[3]) override {
+        calls << QStringLiteral("pick ") + prompt;
+        return RTCAN;
+    }
+    int getFileD(const QString& title, const QString& defaultPath, const QString& extension,
+                 int flags, QString& path) override {
+        calls << QStringLiteral("file %1 %2 %3 %4").arg(title, defaultPath, extension).arg(flags);
+        path = QStringLiteral("/chosen.dwg");
+        return RTNORM;
+    }
+    int help(const QString& file, const QString& topic, int command) override {
+        calls << QStringLiteral("help %1 %2 %3").arg(file, topic).arg(command);
+        return RTNORM;
+    }
+    QStringList calls;
+};
+
+TEST_F(EdInput, AProviderTakesTheQueuesPlace) {
+    RecordingProvider provider;
+    OvEdInputProvider* batch = ovedSetInputProvider(&provider);
+    EXPECT_EQ(batch, &OvEdBatchInput::instance());
+    eval("(orvex-queue-pick ln)");
+    EXPECT_EQ(eval("(entsel \"Pick: \")"), "nil");
+    EXPECT_EQ(eval("(getfiled \"Open\" \"/d\" \"dwg\" 4)"), "\"/chosen.dwg\"");
+    eval("(help \"f\" \"t\" 3)");
+    EXPECT_EQ(provider.calls, QStringList({"pick Pick: ", "file Open /d dwg 4", "help f t 3"}));
+    EXPECT_EQ(ovedSetInputProvider(nullptr), &provider);
+    EXPECT_EQ(ovedInputProvider(), batch);
+    // The queued pick waited for the batch provider.
+    EXPECT_EQ(eval("(equal (car (entsel)) ln)"), "T");
+}
+
+} // namespace
