@@ -167,6 +167,9 @@ void OvApDocManager::makeActive(OvApDocument* doc) {
 Orvex::ErrorStatus OvApDocManager::addDocument(std::unique_ptr<OvApDocument> owned) {
     OvApDocument* doc = owned.get();
     m_documents.push_back(std::move(owned));
+    loadStartupLisp(doc);
+    if (!owns(doc))
+        return Orvex::eOk; // a start-up file closed it
     OvModuleLoader::instance().documentLoaded(doc);
     if (!owns(doc))
         return Orvex::eOk; // a module closed it while it loaded
@@ -180,6 +183,22 @@ Orvex::ErrorStatus OvApDocManager::addDocument(std::unique_ptr<OvApDocument> own
         notify([doc](OvApDocManagerReactor* r) { r->documentBecameCurrent(doc); });
     }
     return Orvex::eOk;
+}
+
+void OvApDocManager::loadStartupLisp(OvApDocument* doc) {
+    if (m_startupLispFiles.isEmpty())
+        return;
+    OvApDocument* previous = switchContext(doc);
+    for (const QString& file : m_startupLispFiles) {
+        if (!owns(doc))
+            break;
+        if (m_current != doc)
+            switchContext(doc); // a file may have switched documents
+        // loadFile reports its own failure at the command line.
+        if (!ovcore::lisp::loadFile(file).ok)
+            ++m_startupLispFailures;
+    }
+    switchContext(owns(previous) ? previous : m_active);
 }
 
 Orvex::ErrorStatus OvApDocManager::newDocument(const QString& templatePath,

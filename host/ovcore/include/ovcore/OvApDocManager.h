@@ -5,6 +5,7 @@
 
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 #include <vector>
@@ -77,6 +78,15 @@ public:
 
     QString lastErrorMessage() const { return m_lastError; }
 
+    // The per-document start-up: LISP files loaded, in the order given, into every document
+    // opened from now on, with the document current and before any module gets its
+    // kLoadDwgMsg for it, so that a module's drawing-load code finds what they define (the
+    // add-on's Scheme functions). A file that fails is reported at the command line and
+    // counted; the document opens all the same.
+    void setStartupLispFiles(const QStringList& files) { m_startupLispFiles = files; }
+    QStringList startupLispFiles() const { return m_startupLispFiles; }
+    int startupLispFailures() const { return m_startupLispFailures; }
+
 private:
     friend class OvModuleLoader;
     OvApDocManager();
@@ -84,6 +94,7 @@ private:
     bool owns(const OvApDocument* doc) const;
     Orvex::ErrorStatus fail(Orvex::ErrorStatus status, const QString& message);
     Orvex::ErrorStatus addDocument(std::unique_ptr<OvApDocument> doc);
+    void loadStartupLisp(OvApDocument* doc);
     void makeActive(OvApDocument* doc);
     // Makes a document current without telling reactors, for a call into the modules made
     // for it; returns the document current before.
@@ -96,6 +107,8 @@ private:
     OvApDocument* m_current = nullptr;
     OvApDocument* m_active = nullptr;
     QString m_lastError;
+    QStringList m_startupLispFiles;
+    int m_startupLispFailures = 0;
     int m_untitled = 0;
     bool m_activationEnabled = true;
     bool m_lockVetoed = false;

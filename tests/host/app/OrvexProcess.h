@@ -1,0 +1,73 @@
+#pragma once
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+// Runs the built orvex as a process. The add-on folder is an empty one of the test's own
+// unless a test names another, so that the build tree's add-on does not mix in.
+class OrvexProcess {
+public:
+    struct Result {
+        int exitCode = -1;
+        QString out;
+        QString err;
+    };
+
+    OrvexProcess() : m_environment(QProcessEnvironment::systemEnvironment()) {
+        setAddonFolder(m_emptyAddon.path());
+    }
+
+    void setProgram(const QString& program) { m_program = program; }
+    void setAddonFolder(const QString& folder) {
+        m_environment.insert(QStringLiteral("ORVEX_ADDON_DIR"), folder);
+    }
+
+    Result run(const QStringList& arguments) const {
+        QProcess process;
+        process.setProcessEnvironment(m_environment);
+        process.start(m_program, arguments);
+        Result result;
+        if (!process.waitForFinished(180000)) { // a sanitizer build starts slowly
+            process.kill();
+            process.waitForFinished();
+            ADD_FAILURE() << "orvex did not finish: " << arguments.join(u' ').toStdString();
+            return result;
+        }
+        result.out = QString::fromUtf8(process.readAllStandardOutput());
+        result.err = QString::fromUtf8(process.readAllStandardError());
+        if (process.exitStatus() == QProcess::NormalExit)
+            result.exitCode = process.exitCode();
+        return result;
+    }
+
+    // orvex --batch --no-module ARGUMENTS, the usual run of a test.
+    static Result batch(const QStringList& arguments) {
+        return OrvexProcess().run(QStringList{"--batch", "--no-module"} + arguments);
+    }
+
+    static QString testModule() { return QStringLiteral(ORVEX_TEST_MODULE); }
+
+    static QString writeFile(const QString& path, const QByteArray& text) {
+        QDir().mkpath(QFileInfo(path).absolutePath());
+        QFile out(path);
+        EXPECT_TRUE(out.open(QIODevice::WriteOnly)) << path.toStdString();
+        out.write(text);
+        return path;
+    }
+
+    static QByteArray readFile(const QString& path) {
+        QFile in(path);
+        return in.open(QIODevice::ReadOnly) ? in.readAll() : QByteArray();
+    }
+
+private:
+    QString m_program = QStringLiteral(ORVEX_PROGRAM);
+    QProcessEnvironment m_environment;
+    QTemporaryDir m_emptyAddon;
+};
