@@ -1,0 +1,3 @@
+#include "shell/ZelDocDataManager.h"
+
+template class OvApDataManager<CDocData>;

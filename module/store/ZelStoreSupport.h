@@ -1,0 +1,104 @@
+#pragma once
+
+// What the store's source files share: the names kept in a drawing, the statements on the
+// project database, and small helpers over the host API. Not part of the store's
+// interface.
+
+#include "store/WireLayerRec.h"
+
+#include "ovdb/OvDbObject.h"
+#include "ovdb/resbuf.h"
+
+#include <QLoggingCategory>
+#include <QString>
+
+#include <cstddef>
+#include <string>
+
+class OvDbDatabase;
+
+namespace zelstore {
+
+Q_DECLARE_LOGGING_CATEGORY(lcStore)
+
+inline constexpr std::size_t kUserPropertyCount = 20;
+// Wire colour, wire size, the user values and the flag, as the project gives them.
+inline constexpr std::size_t kWireTypeSettingsCount = 23;
+
+// Dictionary and record keys in a drawing, and the default wire kind.
+inline constexpr const wchar_t* kZelWireType = L"ZEL_WIRETYPE";
+inline constexpr const wchar_t* kCurrentWireLay = L"CURRENT_WIRELAY";
+inline constexpr const wchar_t* kWire = L"WIRE";
+
+// The block that carries the add-on's drawing settings, and its wire layer list.
+inline constexpr const char* kWdMBlock = "WD_M";
+inline constexpr const char* kWireLaysTag = "WIRELAYS";
+// The open mode with which the block reference helper opens a drawing's file.
+inline constexpr int kBlockRefOpenMode = 32;
+
+// Characters that no layer name of a wire type may hold.
+inline constexpr const char16_t* kInvalidLayerChars = u"<>/\\\"':;?*|,=`";
+
+// Statements on the project database.
+inline constexpr const char* kSqlWireType =
+    "SELECT WIRECOLOR, WIRESIZE FROM WIRETYPE W WHERE W.DWGIX = '%s' AND W.LAYNAME = '%s'";
+inline constexpr const char* kSqlWireTypeUser =
+    "SELECT U.[USER], U.[VALUE] FROM WIRETYPE_USR U, WIRETYPE W WHERE U.DWGIX = '%s' AND "
+    "U.LAYNAME = '%s' AND W.DWGIX = U.DWGIX AND U.LAYNAME = W.LAYNAME";
+inline constexpr const char* kSqlWireTypeFlag =
+    "SELECT FLAG FROM WIRETYPE W WHERE W.DWGIX = '%s' AND W.LAYNAME = '%s'";
+// Kept with the others though nothing issues them.
+inline constexpr const char* kSqlDrawingNames = "SELECT DWGNAME FROM FILETIME";
+inline constexpr const char* kSqlDrawingWireLays =
+    "SELECT W.ATTR_VAL FROM WD_M W, FileTime F WHERE F.DWGIX = W.DWGIX AND W.ATTR_NAME = "
+    "'WIRELAYS' AND F.DWGNAME = '%s'";
+inline constexpr const char* kSqlMostUsedWireType =
+    "SELECT TOP 1 WIRECOLOR, WIRESIZE, MAX(USERCOUNT) AS USRCOUNT FROM WIRETYPE GROUP BY "
+    "WIRECOLOR, WIRESIZE";
+
+// The host's working database, fetched anew at each use: it changes between commands.
+OvDbDatabase* workingDatabase();
+// The file of the current document; empty for a drawing never saved or no document.
+QString currentDocumentFileName();
+
+// Fills each "%s" of a statement with the next argument, as it stands.
+QString formatStatement(const char* statement, const QString& first, const QString& second);
+
+// The release step of every object the store opens: nothing for no pointer, close for an
+// object in a database, delete for a new one that never got there.
+template <class T> void releaseObject(T*& object) {
+    if (!object)
+        return;
+    if (!object->objectId().isNull())
+        object->close();
+    else
+        delete object;
+    object = nullptr;
+}
+
+inline std::wstring wide(const QString& text) {
+    return text.toStdWString();
+}
+
+inline QString rbString(const resbuf* link) {
+    return link && link->resval.rstring ? QString::fromWCharArray(link->resval.rstring) : QString();
+}
+
+// The host's wildcard match: the text against the pattern.
+bool wcMatch(const QString& text, const QString& pattern);
+
+// A record counts as a live wire type exactly when it is neither deleted nor converted.
+inline bool isLive(const WireLayerRec* rec) {
+    return rec->editState != 2 && rec->editState != 6;
+}
+
+bool hasInvalidLayerChar(const QString& name);
+
+// Decimal reading as the C library's wide atoi does it: leading blanks, a sign, digits,
+// and 0 when there are none.
+int wideToInt(const QString& text);
+
+// Takes the next comma-separated token off `rest`; false when nothing is left.
+bool nextToken(QString& rest, QString& token);
+
+} // namespace zelstore

@@ -1,0 +1,148 @@
+// The WIRELAYS list of the WD_M block: the choice of a pattern, removal, rebuilding.
+
+#include "StoreTest.h"
+
+namespace {
+
+struct PatternCase {
+    const char* nonWire; // comma-separated
+    const char* before;
+    const char* name;
+    const char* after;
+};
+
+} // namespace
+
+TEST_F(StoreTest, APatternCatchesTheNewLayerAndNoOther) {
+    const PatternCase cases[] = {
+        {"", "", "WIRE_RED", "WIR*"},
+        // Without non-wire layers the first three characters keep the case given.
+        {"", "", "Wire_red", "Wir*"},
+        {"WIDE", "", "WIRE_RED", "WIR*"},
+        {"WIRING", "", "WIRE_RED", "WIRE*"},
+        {"AB", "", "ABC", "ABC*"},
+        // Too short to be told from ABCD: listed in full.
+        {"ABCD", "", "ABC", "ABC"},
+        // The pattern would catch a listed one: it grows by one character.
+        {"", "WIRE_B", "WIRE_BLUE", "WIRE_B,WIRE*"},
+        // Already covered: nothing is written.
+        {"", "WIR*", "WIRE_BLUE", "WIR*"},
+    };
+    for (const PatternCase& c : cases) {
+        SCOPED_TRACE(c.name);
+        makeDrawing({}, QString::fromLatin1(c.before));
+        ZelWireTypeRec store;
+        for (const QString& other : QString::fromLatin1(c.nonWire).split(u',', Qt::SkipEmptyParts))
+            store.AddToNonWireLayers(other);
+        EXPECT_TRUE(store.AddtoWd_m(QString::fromLatin1(c.name), false));
+        EXPECT_EQ(wireLays(), c.after);
+        closeAllDocuments();
+    }
+}
+
+TEST_F(StoreTest, TheListStopsGrowingAt256Characters) {
+    const QString full255 = QString(253, u'X') + QStringLiteral("*Z");
+    makeDrawing({}, full255);
+    ZelWireTypeRec store;
+    ASSERT_TRUE(store.AddtoWd_m("RED", false));
+    EXPECT_EQ(wireLays(), full255 + ",RED*");
+
+    const QString full256 = QString(254, u'X') + QStringLiteral("*Z");
+    makeDrawing({}, full256, "full.dwg");
+    ZelWireTypeRec full;
+    EXPECT_TRUE(full.AddtoWd_m("RED", false));
+    EXPECT_EQ(wireLays(), full256);
+}
+
+TEST_F(StoreTest, ResetBlanksTheListAndADrawingWithoutWdmRefuses) {
+    makeDrawing({"N1"}, QStringLiteral("A*,B*"));
+    ZelWireTypeRec store;
+    store.GetCurDwgWireTypeInfo();
+    EXPECT_TRUE(store.AddtoWd_m("", true));
+    EXPECT_TRUE(wireLays().isEmpty());
+    std::vector<QString> nonWire;
+    store.GetNonWireLayers(nonWire);
+    EXPECT_TRUE(nonWire.empty());
+
+    makeDrawing({}, std::nullopt, "nowdm.dwg");
+    ZelWireTypeRec without;
+    EXPECT_FALSE(without.AddtoWd_m("RED", false));
+    EXPECT_FALSE(without.IsInWd_m("RED"));
+    QString pattern;
+    EXPECT_FALSE(without.GetWd_mLayerName("RED", pattern));
+    EXPECT_FALSE(without.RegenWd_m());
+}
+
+TEST_F(StoreTest, RemovingAPatternKeepsTheCommaOfAFirstToken) {
+    makeDrawing({}, QStringLiteral("A*,B*"));
+    {
+        ZelWireTypeRec store;
+        EXPECT_FALSE(store.RemoveFrmWd_m("apple")) << "false tells that a pattern went";
+        EXPECT_EQ(wireLays(), ",B*");
+        EXPECT_TRUE(store.RemoveFrmWd_m("CHERRY")) << "not listed: nothing to do";
+    }
+    makeDrawing({}, QStringLiteral("A*,B*"), "second.dwg");
+    ZelWireTypeRec store;
+    EXPECT_FALSE(store.RemoveFrmWd_m("BANANA"));
+    EXPECT_EQ(wireLays(), "A*");
+}
+
+TEST_F(StoreTest, APatternStillNeededByALiveWireTypeStays) {
+    makeDrawing({"WIRE_A", "WIRE_B"}, QStringLiteral("WIR*"));
+    ZelWireTypeRec store;
+    ASSERT_EQ(store.GetCurDwgWireTypeInfo().size(), 2u);
+    EXPECT_TRUE(store.RemoveFrmWd_m("WIRE_A"));
+    EXPECT_EQ(wireLays(), "WIR*");
+    // The walk folds the names of the map in place.
+    EXPECT_EQ(layerNames(store.GetCurDwgWireTypeInfo()), QStringList({"WIRE_A", "WIRE_B"}));
+}
+
+TEST_F(StoreTest, RegenKeepsTheShorterOfOverlappingPatterns) {
+    makeDrawing({"WIRE_A", "WIRE_B", "Red_1", "WIRING", "REX"}, QStringLiteral("WIRE*,RED_1"));
+    ZelWireTypeRec store;
+    ASSERT_EQ(store.GetCurDwgWireTypeInfo().size(), 3u);
+    EXPECT_TRUE(store.RegenWd_m());
+    EXPECT_EQ(wireLays(), "WIRE*,RED*");
+
+    // With makeAllValidWire the list is left alone.
+    ASSERT_TRUE(store.SetCurWireLayerXrec("WIRE_A", "WIRE_A", "", true));
+    ASSERT_TRUE(store.AddtoWd_m("", true));
+    EXPECT_TRUE(store.RegenWd_m());
+    EXPECT_TRUE(wireLays().isEmpty());
+}
+
+TEST_F(StoreTest, TheWorkingDrawingAndAnotherAreAskedAlike) {
+    OvDbDatabase* other = makeDrawing({"RED_1"}, QStringLiteral("RED*,BLU*"), "other.dwg");
+    OvDbDatabase* empty = makeDrawing({}, QString(), "empty.dwg");
+    makeDrawing({}, QString());
+    ZelWireTypeRec store;
+    EXPECT_TRUE(store.IsInOtherDrawingWd_m("blue_2", other));
+    EXPECT_FALSE(store.IsInOtherDrawingWd_m("GREEN", other));
+    EXPECT_FALSE(store.IsInOtherDrawingWd_m("ANY", nullptr));
+
+    EXPECT_FALSE(store.IsInWd_m("ANY"));
+    QString pattern = "untouched";
+    EXPECT_TRUE(store.GetWd_mLayerName("ANY", pattern)) << "an empty list answers true";
+    EXPECT_EQ(pattern, "untouched");
+    // makeAllValidWire lists every layer of the working drawing, and only there.
+    store.SetCurWireLayerXrec("", "", "", true);
+    EXPECT_TRUE(store.IsInWd_m("ANY"));
+    EXPECT_FALSE(store.IsInOtherDrawingWd_m("ANY", empty));
+
+    makeDrawing({}, QStringLiteral("RED*,BLU*"), "third.dwg");
+    ZelWireTypeRec third;
+    EXPECT_TRUE(third.GetWd_mLayerName("blue_2", pattern));
+    EXPECT_EQ(pattern, "BLU*");
+    EXPECT_FALSE(third.GetWd_mLayerName("GREEN", pattern));
+}
+
+TEST_F(StoreTest, OnlyLinesOnTheLayerAreCounted) {
+    OvDbDatabase* database = makeDrawing({"W", "OTHER"});
+    ZelTestDrawing::addLine(database, "W");
+    ZelTestDrawing::addLine(database, "W");
+    ZelTestDrawing::addLine(database, "OTHER");
+    ZelTestDrawing::addBlockReference(database, "BLK", {}, QString());
+    ZelWireTypeRec store;
+    EXPECT_EQ(store.GetWireCount("w"), 2);
+    EXPECT_EQ(store.GetWireCount("NONE"), 0);
+}
