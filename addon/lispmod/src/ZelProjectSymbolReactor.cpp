@@ -1,0 +1,8 @@
+#include "ZelProjectSymbolReactor.h"
+
+#include "ZelProjectFunctions.h"
+
+void ZelProjectSymbolReactor::documentBecameCurrent(OvApDocument* doc) {
+    if (doc)
+        zelPutProjectSymbol();
+}

@@ -1,0 +1,132 @@
+// The add-on's drawing functions called through ovedInvoke as the wire type module calls
+// them: the WD_M parameters and the drawing locks.
+#include "AddonLispHost.h"
+
+#include "ovcore/OvDrawingLock.h"
+#include "zeldefun/ZelQvxBlockRef.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QSysInfo>
+
+namespace {
+
+class LispDrawing : public AddonLispHost {
+protected:
+    void writeLock(const QString& drawing, const QString& machine, qint64 pid) {
+        const QJsonObject lock{
+            {QStringLiteral("user"), QStringLiteral("ann")},
+            {QStringLiteral("machine"), machine},
+            {QStringLiteral("pid"), static_cast<double>(pid)},
+            {QStringLiteral("time"), QStringLiteral("2024-05-06T09:30:00.000Z")}};
+        QFile file(ovDrawingLockPath(drawing));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(QJsonDocument(lock).toJson());
+    }
+    // As the module sends them: " wdupda_chkdwglockstatus" (drawing...) 2 nil, and
+    // "c:zel_upd_unlock_dwgs" (drawing) 1.
+    QString lockStatus(const QString& first, const QString& second = {}) {
+        if (second.isEmpty())
+            return call(L" wdupda_chkdwglockstatus", RTLB, RTSTR, wide(first).c_str(), RTLE,
+                        RTSHORT, 2, RTNIL);
+        return call(L" wdupda_chkdwglockstatus", RTLB, RTSTR, wide(first).c_str(), RTSTR,
+                    wide(second).c_str(), RTLE, RTSHORT, 2, RTNIL);
+    }
+    QString unlock(const QString& drawing) {
+        return call(L"c:zel_upd_unlock_dwgs", RTLB, RTSTR, wide(drawing).c_str(), RTLE, RTSHORT, 1);
+    }
+};
+
+TEST_F(LispDrawing, ReadDwgParamsSeesAChangedWirelaysAfterTheReread) {
+    const QString drawing = copyDemo(QStringLiteral("demo.dwg"));
+    ASSERT_TRUE(openWithAddon(drawing));
+    EXPECT_EQ(call(L"wd_cfg_read_dwg_params"), QStringLiteral("T"));
+    EXPECT_EQ(symbol(L"GBL_wd_wirelays"), QStringLiteral(R"("BK*,BU*,GNYE*,RD*")"));
+    EXPECT_EQ(symbol(L"GBL_wd_m"),
+              QStringLiteral(
+                  R"((("WIRELAYS" . "BK*,BU*,GNYE*,RD*") ("SHEET" . "1") ("UNIT_SCL" . "1.0")))"));
+
+    // The wire type module writes the live drawing, then asks for the reread.
+    ZelQvxBlockRef wdm;
+    ASSERT_TRUE(wdm.open(drawing, 32, false) && wdm.find(QStringLiteral("WD_M"), 0, 0));
+    ASSERT_TRUE(
+        wdm.setAttributeTextString(QStringLiteral("WIRELAYS"), QStringLiteral("BK*,WIR*"), true));
+    EXPECT_EQ(call(L"c:wd_reread_dwg_params"), QStringLiteral("T"));
+    EXPECT_EQ(symbol(L"GBL_wd_wirelays"), QStringLiteral(R"("BK*,WIR*")"));
+    EXPECT_EQ(call(L"wd_cfg_read_dwg_params"), QStringLiteral("T"));
+    EXPECT_EQ(symbol(L"GBL_wd_wirelays"), QStringLiteral(R"("BK*,WIR*")"));
+}
+
+TEST_F(LispDrawing, DrawingWithoutWdmReadsAsNil) {
+    ASSERT_TRUE(openWithAddon());
+    EXPECT_EQ(call(L"wd_cfg_read_dwg_params"), QStringLiteral("nil"));
+    EXPECT_EQ(call(L"c:wd_reread_dwg_params"), QStringLiteral("nil"));
+    EXPECT_EQ(symbol(L"GBL_wd_m"), QStringLiteral("nil"));
+    EXPECT_EQ(symbol(L"GBL_wd_wirelays"), QStringLiteral("nil"));
+
+    // Another drawing by its path; one that does not exist is said so.
+    EXPECT_EQ(
+        call(L"zel_wd_m_attributes", RTSTR, wide(copyDemo(QStringLiteral("import.dwg"))).c_str()),
+        QStringLiteral(
+            R"((("WIRELAYS" . "BK*,BN*,GY*,OG*,WH*") ("SHEET" . "2") ("UNIT_SCL" . "1.0")))"));
+    EXPECT_EQ(call(L"zel_wd_m_attributes", RTSTR, L"/no/such/drawing.dwg"), QStringLiteral("nil"));
+    EXPECT_TRUE(output().contains(QStringLiteral("zel_wd_m_attributes:")))
+        << output().toStdString();
+}
+
+TEST_F(LispDrawing, LocksOfOtherLiveProcessesAreReportedAndRemoved) {
+    ASSERT_TRUE(openWithAddon());
+    // DefineLispSymbol's way of exporting; a name with a blank is written between bars.
+    EXPECT_EQ(call(L"veval-str+", RTSTR, L"(vl-orvex-defun '| wdupda_chkdwglockstatus|)"),
+              quoted(QStringLiteral(" wdupda_chkdwglockstatus")));
+    const QString free = path(QStringLiteral("free.dwg"));
+    const QString held = path(QStringLiteral("held.dwg"));
+    QProcess holder;
+    holder.start(QStringLiteral("sleep"), {QStringLiteral("30")});
+    ASSERT_TRUE(holder.waitForStarted());
+    writeLock(held, QSysInfo::machineHostName(), holder.processId());
+    const QString machine = QSysInfo::machineHostName();
+
+    EXPECT_EQ(lockStatus(free), QStringLiteral("nil"));
+    // The first drawing that another process holds is named with its holder.
+    EXPECT_EQ(
+        lockStatus(free, held),
+        QStringLiteral(R"(("ann" "%1" %2 "%3"))").arg(machine).arg(holder.processId()).arg(held));
+    EXPECT_EQ(call(L"zel_dwg_lock_info", RTSTR, wide(held).c_str()),
+              QStringLiteral(R"(("ann" "%1" %2 "live" "2024-05-06T09:30:00Z"))")
+                  .arg(machine)
+                  .arg(holder.processId()));
+    EXPECT_EQ(unlock(held), QStringLiteral("T"));
+    EXPECT_FALSE(QFile::exists(ovDrawingLockPath(held)));
+    EXPECT_EQ(lockStatus(free, held), QStringLiteral("nil"));
+
+    // A process of another machine cannot be looked at: its lock stands.
+    writeLock(free, QStringLiteral("elsewhere"), 1);
+    EXPECT_EQ(lockStatus(free), QStringLiteral(R"(("ann" "elsewhere" 1 "%1"))").arg(free));
+    holder.kill();
+    holder.waitForFinished();
+}
+
+TEST_F(LispDrawing, StaleAndOwnLocksHoldNothingAgainstUs) {
+    const QString mine = copyDemo(QStringLiteral("demo.dwg"));
+    ASSERT_TRUE(openWithAddon(mine));
+    ASSERT_TRUE(QFile::exists(ovDrawingLockPath(mine)));
+    EXPECT_EQ(lockStatus(mine), QStringLiteral("nil"));
+    // Our own lock of an open drawing stays: the host takes it away on close.
+    EXPECT_EQ(unlock(mine), QStringLiteral("T"));
+    EXPECT_TRUE(QFile::exists(ovDrawingLockPath(mine)));
+
+    QProcess gone;
+    gone.start(QStringLiteral("true"), {});
+    ASSERT_TRUE(gone.waitForFinished());
+    const QString stale = path(QStringLiteral("stale.dwg"));
+    writeLock(stale, QSysInfo::machineHostName(), gone.processId());
+    EXPECT_EQ(lockStatus(stale), QStringLiteral("nil"));
+    EXPECT_TRUE(call(L"zel_dwg_lock_info", RTSTR, wide(stale).c_str())
+                    .contains(QStringLiteral("\"stale\"")));
+    EXPECT_EQ(unlock(stale), QStringLiteral("T"));
+    EXPECT_FALSE(QFile::exists(ovDrawingLockPath(stale)));
+}
+
+} // namespace
