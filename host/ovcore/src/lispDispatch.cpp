@@ -5,7 +5,9 @@
 #include "lispState.h"
 
 #include "ovcore/OvGuard.h"
+#include "ovcore/OvOpenObjectCheck.h"
 #include "ovcore/OvRxAppMsgCode.h"
+#include "ovdb/ovdbOpenObject.h"
 
 #include <climits>
 #include <exception>
@@ -104,6 +106,8 @@ void dispatch(SCM documentId, SCM nameValue, SCM args, Outcome* outcome) {
     state.pushCall(target.number, chain);
     ++state.nesting;
     const std::wstring where = name.toStdWString();
+    // A module function must close every object it opened before it returns.
+    const std::size_t openBefore = ovdbOpenObjectCount();
     bool threw = false;
     int status = RTERROR;
     if (direct)
@@ -115,6 +119,7 @@ void dispatch(SCM documentId, SCM nameValue, SCM args, Outcome* outcome) {
     --state.nesting;
     LispState::CallFrame frame = state.popCall();
     state.restoreActiveModule(previousModule);
+    ovcore::checkObjectsLeftOpen(openBefore, (L"LISP function " + where).c_str());
     notifyObserver(name);
 
     struct ResultGuard {

@@ -1,8 +1,11 @@
 // The bridge between modules and LISP: who owns a definition, how a handler's status and
 // exceptions reach LISP, and ovedInvoke in both directions.
 #include "ovcore/OvLisp.h"
+#include "ovcore/OvOpenObjectCheck.h"
 #include "ovcore/OvRxAppMsgCode.h"
 #include "ovcore/oved.h"
+#include "ovdb/OvDbDatabase.h"
+#include "ovdb/ovdbOpenObject.h"
 #include "ovdb/ovut.h"
 
 #include <gtest/gtest.h>
@@ -406,3 +409,19 @@ TEST_F(LispBridge, LoadFileEvaluatesUtf8InTheCurrentDocument) {
 }
 
 } // namespace
+
+TEST_F(LispBridge, AFunctionThatLeavesAnObjectOpenIsReported) {
+    OvDbDatabase database;
+    OvDbObject* layerTable = nullptr;
+    define(L"zel_leaks", 1, [&] {
+        ovdbOpenObject(layerTable, database.layerTableId(), OvDb::kForRead);
+        return 1;
+    });
+    ovcore::resetOpenObjectViolations();
+    eval(QStringLiteral("(zel_leaks)"));
+    EXPECT_EQ(ovcore::openObjectViolations(), 1);
+    EXPECT_NE(output.find("left open by LISP function zel_leaks"), std::string::npos) << output;
+    ASSERT_NE(layerTable, nullptr);
+    layerTable->close();
+    ovcore::resetOpenObjectViolations();
+}

@@ -235,8 +235,8 @@ TEST_F(LispConvert, SingleResultsOfEachKind) {
     // An entity name goes back as itself, both words kept.
     eval(QStringLiteral("(probe (answer 5) (list 330 (answer 5)))"));
     ASSERT_EQ(typesOf(received), (std::vector<int>{RTENAME, RTLB, RTSHORT, RTENAME, RTLE}));
-    EXPECT_EQ(received->resval.rlname[0], 0x1a2b);
-    EXPECT_EQ(received->resval.rlname[1], 7);
+    EXPECT_EQ(received->resval.rlname[0], 7);
+    EXPECT_EQ(received->resval.rlname[1], 0x1a2b);
 }
 
 TEST_F(LispConvert, ValuesThatHaveNoChainFormAreRefused) {
