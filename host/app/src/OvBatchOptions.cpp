@@ -16,9 +16,9 @@ constexpr OptionSpec kOptions[] = {
 };
 
 const OptionSpec* findOption(const QString& name) {
-    for (const OptionSpec& spec : kOptions) {
-        if (name == QLatin1String(spec.name))
-            return &spec;
+    for (const OptionSpec& option : kOptions) {
+        if (name == QLatin1String(option.name))
+            return &option;
     }
     return nullptr;
 }
@@ -50,11 +50,11 @@ bool OvBatchOptions::parse(const QStringList& arguments, QString* error) {
 
         const qsizetype equals = argument.indexOf(u'=');
         const QString name = equals < 0 ? argument : argument.left(equals);
-        const OptionSpec* spec = findOption(name);
-        if (!spec)
+        const OptionSpec* option = findOption(name);
+        if (!option)
             return failWith(error, QStringLiteral("unknown option %1").arg(name));
         QString value;
-        if (spec->takes == Takes::Value) {
+        if (option->takes == Takes::Value) {
             if (equals >= 0) {
                 value = argument.mid(equals + 1);
             } else if (i + 1 < arguments.size()) {

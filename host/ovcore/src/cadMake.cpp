@@ -301,12 +301,12 @@ OvDbObjectId ensureBlock(OvDbDatabase* db, const QString& name, QString* error) 
     return id;
 }
 
-bool makeInsert(OvDbDatabase* db, const InsertSpec& spec, OvDbObjectId& id, QString* error) {
-    const OvDbObjectId block = ensureBlock(db, spec.block, error);
+bool makeInsert(OvDbDatabase* db, const InsertSpec& insert, OvDbObjectId& id, QString* error) {
+    const OvDbObjectId block = ensureBlock(db, insert.block, error);
     if (block.isNull())
         return false;
-    auto* reference = new OvDbBlockReference(spec.position, block);
-    if (!applyLook(db, reference, spec.look.layer, spec.look.color, error)) {
+    auto* reference = new OvDbBlockReference(insert.position, block);
+    if (!applyLook(db, reference, insert.look.layer, insert.look.color, error)) {
         delete reference;
         return false;
     }
@@ -321,7 +321,7 @@ bool makeInsert(OvDbDatabase* db, const InsertSpec& spec, OvDbObjectId& id, QStr
     space.reset();
     Opened<OvDbBlockReference> owner;
     owner.adopt(reference);
-    for (const AttributeSpec& wanted : spec.attributes) {
+    for (const AttributeSpec& wanted : insert.attributes) {
         auto* attribute = new OvDbAttribute(wanted.position.value_or(reference->position()),
                                             wanted.text, wanted.tag);
         // Without a layer of its own an attribute lies on its INSERT's.
