@@ -13,6 +13,7 @@
 #include <QString>
 
 #include <cstddef>
+#include <iterator>
 #include <string>
 
 class OvDbDatabase;
@@ -32,7 +33,26 @@ inline constexpr const wchar_t* kWire = L"WIRE";
 
 // The block that carries the add-on's drawing settings, and its wire layer list.
 inline constexpr const char* kWdMBlock = "WD_M";
-inline constexpr const char* kWireLaysTag = "WIRELAYS";
+// Every attribute tag of the WD_M block. The rest of the add-on reads and writes the
+// others; the store touches WIRELAYS alone.
+// clang-format off
+inline constexpr const char* kWdMTags[] = {
+    "RUNGHORV", "REFNUMS", "TAGMODE", "TAG-START", "TAG-RSUF", "TAGFMT", "WIREMODE",
+    "WIRE-START", "WIRE-RSUF", "WIREFMT", "WINC", "RUNGDIST", "DLADW", "SHEET", "XREFFMT",
+    "RUNGINC", "DRWRUNG", "PH3SPACE", "DATUMX", "DATUMY", "DISTH", "DISTV", "CHAR_H", "CHAR_V",
+    "HORIZ_FIRST", "XY_DELIM", "WIRELAYS", "WIRENO_LAY", "WIRECOPY_LAY", "WIREFIXED_LAY",
+    "UNIT_SCL", "FEATURE_SCL", "TAG_LAY", "XREF_LAY", "DESC_LAY", "TERM_LAY", "CXREF_LAY",
+    "CDESC_LAY", "LOC_LAY", "POS_LAY", "MISC_LAY", "WLEADERS", "PLC_STYLE", "ARROW_STYLE",
+    "LINK_LAY", "COMP_LAY", "SHEETDWGNAME", "ALT_XREFFMT", "TAGFIXED_LAY", "GAP_STYLE",
+    "MISC_FLAGS", "IEC_PROJ", "IEC_INST", "IEC_LOC", "WIREREF_LAY", "MISC_DATA",
+    "FAN_INOUT_LAYS", "FAN_INOUT_STYLE", "LOCBOX_LAY", "SORTMODE", "XREF_STYLE", "XREF_FLAGS",
+    "XREF_UNUSEDSTYLE", "XREF_FILLWITH", "XREF_SORT", "XREF_TXTBTWN", "XREF_GRAPHIC",
+    "XREF_GRAPHICSTYLE", "XREF_CONTACTMAP", "XREF_TBLSTYLE", "XREF_TBLTITLE", "XREF_TBLINDEX",
+    "XREF_TBLFLDNAMS", "XREF_TBLCOLJUST", "WNUM_OFFSET", "WNUM_FLAGS", "WNUM_GAP"};
+// clang-format on
+inline constexpr std::size_t kWireLaysTagIndex = 26;
+inline constexpr const char* kWireLaysTag = kWdMTags[kWireLaysTagIndex];
+static_assert(std::size(kWdMTags) == 77);
 // The open mode with which the block reference helper opens a drawing's file.
 inline constexpr int kBlockRefOpenMode = 32;
 

@@ -12,7 +12,8 @@
 
 namespace zelstore {
 
-Q_LOGGING_CATEGORY(lcStore, "zel.wiretype.store")
+// Messages meant for a debugger: silent unless QT_LOGGING_RULES turns them on.
+Q_LOGGING_CATEGORY(lcStore, "zel.wiretype.store", QtInfoMsg)
 
 OvDbDatabase* workingDatabase() {
     static OvDbHostApplicationServices* const services = OvDbHostApplicationServices::getRefPtr();

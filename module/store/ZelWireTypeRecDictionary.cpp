@@ -98,8 +98,8 @@ XrecWrite writeWireTypeXrec(OvDbLayerTableRecord* layer, const WireLayerRec* rec
     resbuf* chain = buildWireTypeChain(rec);
     const bool written = chain && record->setFromRbChain(chain) == Orvex::eOk;
     ovutRelRb(chain);
-    releaseObject(record);
     releaseObject(dictionary);
+    releaseObject(record);
     return written ? XrecWrite::Written : XrecWrite::NotWritten;
 }
 
@@ -260,8 +260,8 @@ bool ZelWireTypeRec::SetCurWireLayerXrec(QString defaultLayer, QString currentLa
                                   wide(layerNameFormat).c_str(), 290, makeAllValidWire ? 1 : 0, 0);
     const bool written = chain && record->setFromRbChain(chain) == Orvex::eOk;
     ovutRelRb(chain);
-    releaseObject(record);
     releaseObject(dictionary);
+    releaseObject(record);
     return written;
 }
 

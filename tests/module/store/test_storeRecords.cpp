@@ -4,6 +4,8 @@
 
 #include "store/SplitPropertyList.h"
 
+#include <QLoggingCategory>
+
 namespace {
 
 int s_quoteMessages = 0;
@@ -45,6 +47,8 @@ resbuf* wireChain(const QStringList& strings, int userValues, int row = -1, bool
 } // namespace
 
 TEST(SplitPropertyList, TakesQuotedNamesAndAlwaysYieldsTwenty) {
+    // The debugger message is off unless asked for, as a debugger would ask.
+    QLoggingCategory::setFilterRules(QStringLiteral("zel.wiretype.store.debug=true"));
     const QtMessageHandler previous = qInstallMessageHandler(countQuoteMessages);
     EXPECT_EQ(split(" a ,\"b,c\", d "), padded({"a", "b,c", "d"}));
     EXPECT_EQ(s_quoteMessages, 1);

@@ -135,14 +135,3 @@ TEST_F(StoreTest, TheWorkingDrawingAndAnotherAreAskedAlike) {
     EXPECT_EQ(pattern, "BLU*");
     EXPECT_FALSE(third.GetWd_mLayerName("GREEN", pattern));
 }
-
-TEST_F(StoreTest, OnlyLinesOnTheLayerAreCounted) {
-    OvDbDatabase* database = makeDrawing({"W", "OTHER"});
-    ZelTestDrawing::addLine(database, "W");
-    ZelTestDrawing::addLine(database, "W");
-    ZelTestDrawing::addLine(database, "OTHER");
-    ZelTestDrawing::addBlockReference(database, "BLK", {}, QString());
-    ZelWireTypeRec store;
-    EXPECT_EQ(store.GetWireCount("w"), 2);
-    EXPECT_EQ(store.GetWireCount("NONE"), 0);
-}
