@@ -60,8 +60,9 @@ bool isString(const resbuf* link) {
 }
 
 void print(const QString& text) {
-    // The text goes as an argument: a percent sign in a statement is not a format.
-    ovutPrintf(L"%ls\n", text.toStdWString().c_str());
+    // The text goes as an argument, so that a percent sign in a statement (LIKE 'A%s') cannot
+    // make the host read an argument that is not there. Nothing is added to it.
+    ovutPrintf(L"%ls", text.toStdWString().c_str());
 }
 
 struct ModuleSearch {

@@ -132,6 +132,11 @@ TEST_F(LispWriteTest, AddOnAnExistingLayer) {
     EXPECT_EQ(layerInfo("OLIVE"), "(\"3\" \"Continuous\" \"-0.03\")");
     EXPECT_FALSE(wireRecord(database, "OLIVE").isEmpty());
     EXPECT_EQ(wireLays(), "RED*,OLI*");
+
+    // Named alone inside a list, the list end is an empty pair list: the starting look.
+    ZelTestDrawing::addLayer(database, "TEAL", 4);
+    EXPECT_EQ(lisp("(zel_add_wiretype '(\"TEAL\"))"), "nil");
+    EXPECT_EQ(layerInfo("TEAL"), "(\"256\" \"Continuous\" \"-0.03\")");
 }
 
 TEST_F(LispWriteTest, EditSetsPropertiesByNameOrAlias) {
