@@ -1,17 +1,52 @@
 // ZelWireType.ovm as the host loads it: what it registers at initialisation and at each
-// drawing load, what it leaves behind at unload, and how it answers messages.
-
-#include "entry/ZelModuleTest.h"
+// drawing load, what it leaves behind at unload, how it answers messages, and the
+// reconciliation at drawing load that keeps each drawing's modified status.
 
 #include "support/ZelTestDrawing.h"
+#include "support/ZelTestHost.h"
 
+#include "ovcore/OvApDocManager.h"
 #include "ovcore/OvEdCommandStack.h"
+#include "ovcore/OvModule.h"
+#include "ovcore/OvModuleLoader.h"
 #include "ovcore/OvRxAppMsgCode.h"
 #include "ovcore/OvRxSystemRegistry.h"
 #include "ovcore/oved.h"
 #include "ovdb/ovdb.h"
 
+#include <QFile>
+
 namespace {
+
+// A running host into which a test loads the real ZelWireType.ovm, built beside the test
+// program. Every document opened from now on first gets stand-ins for the two add-on
+// functions that the module makes callable at drawing load.
+class ZelModuleTest : public ZelTestHost {
+protected:
+    void SetUp() override {
+        ZelTestHost::SetUp();
+        const QString startup = tempPath(QStringLiteral("startup/addon.scm"));
+        QFile file(startup);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("(define (wd_cfg_read_dwg_params . args) \"read\")\n"
+                   "(define (wd_wirlay_get_dwg_wiretype_settings . args) \"settings\")\n");
+        file.close();
+        ovDocManagerPtr()->setStartupLispFiles({startup});
+    }
+
+    static bool loadModule() {
+        const bool loaded =
+            OvModuleLoader::instance().load(programFolder() + QStringLiteral("/ZelWireType.ovm"));
+        EXPECT_TRUE(loaded) << OvModuleLoader::instance().lastError().toStdString();
+        return loaded;
+    }
+    static bool unloadModule() {
+        return OvModuleLoader::instance().unload(QStringLiteral("ZelWireType.ovm"));
+    }
+    static OvModule* module() {
+        return OvModuleLoader::instance().find(QStringLiteral("ZelWireType.ovm"));
+    }
+};
 
 const QStringList kLispFunctions = {"zel_wire_type_sel",           "zel_get_current_wiretype",
                                     "zel_reset_current_wiretype",  "zel_get_wiretype_settings",
@@ -55,11 +90,7 @@ TEST_F(EntryTest, TheCommandIsAddedAtEachLoadAndOutlivesTheUnload) {
     const OvEdCommand* command = commandStack()->lookupGlobalCmd(L"WireTypeSel1");
     ASSERT_NE(command, nullptr);
     EXPECT_EQ(command->groupName(), QStringLiteral("NQMTZelWireType"));
-    EXPECT_EQ(command->localName(), QStringLiteral("WireTypeSel1"));
     EXPECT_EQ(command->commandFlags(), 1);
-    EXPECT_EQ(command->functionCode(), -1);
-    EXPECT_TRUE(command->resourceInstance().isNull());
-    EXPECT_EQ(command->UIContext(), nullptr);
 
     // Unlocked at initialisation, so the host lets it go on request; the command stays.
     ASSERT_TRUE(unloadModule());
@@ -105,11 +136,7 @@ TEST_F(EntryTest, EveryDrawingGetsTheSixteenFunctionsWhetherOpenedBeforeOrAfterT
             EXPECT_TRUE(output().contains(name + QStringLiteral(": the wire type dialogs")));
         }
     }
-    resbuf* record = ovutBuildList(1, L"RED_1", 1, L"RED_1", 1, L"", 290, 0, 0);
-    ASSERT_EQ(ZelTestDrawing::setNamedRecord(workingDatabase(), "ZEL_WIRETYPE", "CURRENT_WIRELAY",
-                                             record),
-              Orvex::eOk);
-    ovutRelRb(record);
+    setCurrentRecord(workingDatabase(), "RED_1", "RED_1");
     EXPECT_EQ(evalLisp(QStringLiteral("(zel_get_default_wiretype)")).value, "\"RED_1\"");
 
     // The module never takes its functions back when a drawing goes.
@@ -126,6 +153,143 @@ TEST_F(EntryTest, MessagesWithoutAWorkingSlotAnswerZeroAndChangeNothing) {
         EXPECT_EQ(entry(message, nullptr), 0) << message;
     EXPECT_EQ(output(), QString());
     EXPECT_EQ(commandStack()->commands(QStringLiteral("NQMTZelWireType")).size(), 1);
+}
+
+struct Drawing {
+    bool withWdm = true;
+    QString wireLays = QStringLiteral("RED*,BLU*");
+    // Layers with a wire type record.
+    QStringList wireLayers = {QStringLiteral("RED_1"), QStringLiteral("BLU_2")};
+    QStringList otherLayers = {QStringLiteral("NOTES")};
+    QString currentLayer = QStringLiteral("NOTES");
+    // Default and current layer of the current wire layer record; none: no record.
+    std::optional<QStringList> record =
+        QStringList{QStringLiteral("RED_1"), QStringLiteral("BLU_2")};
+};
+
+// Fills a database as the test case describes it.
+void build(OvDbDatabase* database, const Drawing& drawing) {
+    for (const QString& name : drawing.wireLayers) {
+        resbuf* record = ovutBuildList(1, L"RED", 2, L"1.5", 3, L"WIRE", 90, 0, 290, 1, 0);
+        EXPECT_EQ(ZelTestDrawing::setExtensionRecord(ZelTestDrawing::addLayer(database, name),
+                                                     QStringLiteral("ZEL_WIRETYPE"), record),
+                  Orvex::eOk);
+        ovutRelRb(record);
+    }
+    for (const QString& name : drawing.otherLayers)
+        ZelTestDrawing::addLayer(database, name);
+    if (drawing.withWdm)
+        ZelTestDrawing::addWdmBlock(database, drawing.wireLays);
+    if (drawing.record)
+        ZelTestHost::setCurrentRecord(database, drawing.record->at(0), drawing.record->at(1), true,
+                                      QStringLiteral("%C-%S"));
+    EXPECT_EQ(database->setClayer(ZelTestDrawing::addLayer(database, drawing.currentLayer)),
+              Orvex::eOk);
+}
+
+class DrawingLoadTest : public ZelModuleTest {
+protected:
+    void SetUp() override {
+        ZelModuleTest::SetUp();
+        ASSERT_TRUE(loadModule());
+    }
+
+    // The drawing written to a file of its own.
+    QString write(const Drawing& drawing) {
+        OvDbDatabase database;
+        build(&database, drawing);
+        const QString path = tempPath(QStringLiteral("drawings/%1.dwg").arg(++m_files));
+        EXPECT_TRUE(ZelTestDrawing::save(&database, path));
+        return path;
+    }
+    QString currentRecord() const { return ZelTestHost::currentRecord(workingDatabase()); }
+    bool isModified() const { return workingDatabase()->isModified(); }
+
+private:
+    int m_files = 0;
+};
+
+TEST_F(DrawingLoadTest, OffAWireLayerTheStoredCurrentWireTypeGoesBackToTheDefault) {
+    ASSERT_NE(openDocument(write(Drawing())), nullptr);
+    EXPECT_EQ(currentRecord(), QStringLiteral("RED_1|RED_1|%C-%S|1"));
+    EXPECT_FALSE(isModified());
+}
+
+TEST_F(DrawingLoadTest, DrawingsThatKeepTheirCurrentWireType) {
+    struct Case {
+        const char* what;
+        Drawing drawing;
+        QString expected;
+    };
+    Drawing onWireLayer;
+    onWireLayer.currentLayer = QStringLiteral("RED_1");
+    Drawing onListedLayer;
+    onListedLayer.otherLayers = {QStringLiteral("BLU_9")};
+    onListedLayer.currentLayer = QStringLiteral("BLU_9");
+    Drawing currentInOtherCase;
+    currentInOtherCase.record = QStringList{QStringLiteral("RED_1"), QStringLiteral("notes")};
+    // Equal to the default, the stored current layer stays even when that layer is gone
+    // (a reset would take the first wire layer for both).
+    Drawing currentIsDefault;
+    currentIsDefault.record = QStringList{QStringLiteral("GONE"), QStringLiteral("gone")};
+    Drawing withoutWdm;
+    withoutWdm.withWdm = false;
+    // Not even the record that any other drawing would get.
+    Drawing withoutWdmOrRecord = withoutWdm;
+    withoutWdmOrRecord.record.reset();
+
+    const Case cases[] = {
+        {"current layer is a wire layer", onWireLayer, QStringLiteral("RED_1|BLU_2|%C-%S|1")},
+        {"current layer is caught by WIRELAYS", onListedLayer,
+         QStringLiteral("RED_1|BLU_2|%C-%S|1")},
+        {"stored current layer equal in another case", currentInOtherCase,
+         QStringLiteral("RED_1|notes|%C-%S|1")},
+        {"stored current layer equal to the default", currentIsDefault,
+         QStringLiteral("GONE|gone|%C-%S|1")},
+        {"drawing file without WD_M", withoutWdm, QStringLiteral("RED_1|BLU_2|%C-%S|1")},
+        {"drawing file without WD_M or record", withoutWdmOrRecord, QStringLiteral("none")},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        ASSERT_NE(openDocument(write(c.drawing)), nullptr);
+        EXPECT_EQ(currentRecord(), c.expected);
+        EXPECT_FALSE(isModified());
+    }
+}
+
+TEST_F(DrawingLoadTest, DrawingsWithoutAFileAreReconciledWithoutBeingMarkedChanged) {
+    // Never saved, they cannot be opened by name: the routine goes on without looking for
+    // WD_M. The first wire type becomes default and current; a drawing without any gets
+    // nothing, as the default wire type's name is a text of the module's resources, which
+    // the routine does not switch to.
+    ASSERT_TRUE(unloadModule());
+    OvApDocument* withWireTypes = newDocument();
+    Drawing drawing;
+    drawing.withWdm = false;
+    drawing.record.reset();
+    build(workingDatabase(), drawing);
+    ovdbSetDbmod(workingDatabase(), 0);
+    ASSERT_NE(newDocument(), nullptr);
+    ovdbSetDbmod(workingDatabase(), 0);
+
+    ASSERT_TRUE(loadModule());
+    EXPECT_EQ(currentRecord(), QStringLiteral("none"));
+    EXPECT_FALSE(isModified());
+    ASSERT_EQ(ovDocManagerPtr()->activateDocument(withWireTypes), Orvex::eOk);
+    EXPECT_EQ(currentRecord(), QStringLiteral("RED_1|RED_1||0"));
+    EXPECT_FALSE(isModified());
+}
+
+TEST_F(DrawingLoadTest, ADrawingModifiedBeforeTheLoadStaysModified) {
+    ASSERT_TRUE(unloadModule());
+    const QString path = write(Drawing());
+    ASSERT_NE(openDocument(path), nullptr);
+    ZelTestDrawing::addLayer(workingDatabase(), QStringLiteral("SKETCH"));
+    ASSERT_TRUE(isModified());
+
+    ASSERT_TRUE(loadModule());
+    EXPECT_EQ(currentRecord(), QStringLiteral("RED_1|RED_1|%C-%S|1"));
+    EXPECT_TRUE(isModified());
 }
 
 } // namespace

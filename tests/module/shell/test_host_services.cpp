@@ -147,7 +147,7 @@ TEST_F(HostServicesTest, UserFolderTakesOnlyAStringAndIsAlwaysTrue) {
     }
 }
 
-TEST_F(HostServicesTest, LispStringIsReadOnlyFromAStringSymbol) {
+TEST_F(HostServicesTest, LispStringsAndDefinedSymbolsComeOnlyFromTheRightKindOfValue) {
     ASSERT_NE(newDocument(), nullptr);
     evalLisp(QStringLiteral("(define GBL_wd_prj \"/p/demo.zpj\") (define count 3)"));
     QString text;
@@ -158,10 +158,8 @@ TEST_F(HostServicesTest, LispStringIsReadOnlyFromAStringSymbol) {
     text = QStringLiteral("kept");
     EXPECT_FALSE(GetLispString(QStringLiteral("no-such-symbol"), text));
     EXPECT_TRUE(text.isEmpty());
-}
 
-TEST_F(HostServicesTest, DefinedLispSymbolBecomesInvokable) {
-    ASSERT_NE(newDocument(), nullptr);
+    // A defined symbol becomes invokable; a value that is no function is refused.
     evalLisp(QStringLiteral("(define (wd_wirlay_probe) \"answered\") (define not-a-function 5)"));
     resbuf* call = ovutBuildList(RTSTR, L"wd_wirlay_probe", 0);
     resbuf* result = nullptr;
@@ -261,17 +259,12 @@ TEST_F(ProjectQueryTest, DatabaseThatCannotBeOpenedIsReportedOnce) {
 }
 
 TEST(PathTextTest, AppendBackslashAddsOneSeparator) {
-    QString path;
-    AppendBackslash(path);
-    EXPECT_EQ(path, QStringLiteral("/"));
-    AppendBackslash(path);
-    EXPECT_EQ(path, QStringLiteral("/"));
-    path = QStringLiteral("/opt/zel");
-    AppendBackslash(path);
-    EXPECT_EQ(path, QStringLiteral("/opt/zel/"));
-    path = QStringLiteral("C:\\zel\\");
-    AppendBackslash(path);
-    EXPECT_EQ(path, QStringLiteral("C:\\zel\\/"));
+    for (const auto& [given, expected] :
+         {std::pair{"", "/"}, {"/", "/"}, {"/opt/zel", "/opt/zel/"}, {"C:\\zel\\", "C:\\zel\\/"}}) {
+        QString path = QString::fromLatin1(given);
+        AppendBackslash(path);
+        EXPECT_EQ(path, QString::fromLatin1(expected)) << given;
+    }
 }
 
 TEST_F(HostServicesTest, ModuleFolderIsThatOfTheLoadedFileOrElseOfTheProgram) {

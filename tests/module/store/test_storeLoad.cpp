@@ -1,8 +1,59 @@
-// The load that sorts a drawing's layers, and the default wire type.
-
-#include "StoreTest.h"
+// The load that sorts a drawing's layers, the records kept in a drawing, keys, user property
+// names, the default wire type and the project's wire types.
 
 #include "shell/ResourceOverride.h"
+#include "store/SplitPropertyList.h"
+#include "store/ZelWireTypeRec.h"
+#include "support/ZelTestDrawing.h"
+#include "support/ZelTestHost.h"
+#include "support/ZelTestProject.h"
+
+#include "ovcore/OvApDocManager.h"
+#include "ovdb/ovdb.h"
+#include "platform/Resources.h"
+#include "zelpm/ZelPrmProjectManager.h"
+
+namespace {
+
+using StoreTest = ZelTestHost;
+
+std::vector<QString> padded(std::vector<QString> names) {
+    names.resize(20);
+    return names;
+}
+
+// A wire type record: strings, `userValues` values "u1"..., then row and flag unless row < 0.
+resbuf* wireChain(const QStringList& strings, int userValues, int row = -1, bool flag = false) {
+    resbuf head{};
+    resbuf* tail = &head;
+    const auto append = [&](resbuf* link) {
+        for (tail->rbnext = link; tail->rbnext;)
+            tail = tail->rbnext;
+    };
+    for (int i = 0; i < strings.size(); ++i)
+        append(ovutBuildList(i + 1, strings[i].toStdWString().c_str(), 0));
+    for (int i = 0; i < userValues; ++i)
+        append(ovutBuildList(4, QStringLiteral("u%1").arg(i + 1).toStdWString().c_str(), 0));
+    if (row >= 0)
+        append(ovutBuildList(90, row, 290, flag ? 1 : 0, 0));
+    return head.rbnext;
+}
+
+TEST(SplitPropertyList, TakesQuotedNamesAndAlwaysYieldsTwenty) {
+    const auto split = [](const QString& line) {
+        std::vector<QString> names{"stale"};
+        SplitPropertyList(line, names);
+        return names;
+    };
+    EXPECT_EQ(split(" a ,\"b,c\", d "), padded({"a", "b,c", "d"}));
+    // A quote that never closes swallows the rest.
+    EXPECT_EQ(split("x,\"open,y"), padded({"x"}));
+    QStringList many;
+    for (int i = 1; i <= 25; ++i)
+        many << QStringLiteral("p%1").arg(i);
+    EXPECT_EQ(split(many.join(u',')).back(), "p20");
+    EXPECT_EQ(split(QString()), padded({}));
+}
 
 TEST_F(StoreTest, EveryLayerFallsIntoOneOfFourClasses) {
     OvDbDatabase* database =
@@ -24,33 +75,25 @@ TEST_F(StoreTest, EveryLayerFallsIntoOneOfFourClasses) {
     EXPECT_TRUE(listed->userValues.empty()) << "the grid marks it edited and a commit writes it";
     EXPECT_TRUE(listed->wireFlag);
     EXPECT_EQ(listed->inUseMark, "X");
-    EXPECT_EQ(listed->color.colorIndex(), 7);
     EXPECT_EQ(record(store, "REC")->wireColor, "RED");
     EXPECT_TRUE(record(store, "REC")->inUseMark.isEmpty());
     EXPECT_TRUE(store.IsWireLayer("rec"));
-    EXPECT_FALSE(store.IsWireLayer("PLAIN"));
 }
 
-TEST_F(StoreTest, MakeAllValidWireTakesEveryLayerOfTheWorkingDrawing) {
+TEST_F(StoreTest, MakeAllValidWireTakesEveryLayerOfTheWorkingDrawingOnly) {
     OvDbDatabase* other = makeDrawing({"A", "B"}, QString(), "other.dwg");
     makeDrawing({"A", "B"}, QString());
     ZelWireTypeRec store;
     store.SetCurWireLayerXrec("A", "A", "", true);
     EXPECT_EQ(layerNames(store.GetCurDwgWireTypeInfo()), QStringList({"0", "A", "B"}));
-    std::vector<QString> nonWire;
-    store.GetNonWireLayers(nonWire);
-    EXPECT_TRUE(nonWire.empty());
-
-    // Another drawing in the same state has none by its list.
     std::map<int, WireLayerRec*> records;
     EXPECT_TRUE(store.GetDwgWireTypeInfo("other.dwg", other, records));
     EXPECT_TRUE(records.empty());
-    store.GetNonWireLayers(nonWire);
-    EXPECT_EQ(nonWire.size(), 3u) << "the list now holds the other drawing's names";
 }
 
-TEST_F(StoreTest, ALoadIntoAFilledMapStopsAtTheFirstLayerItHolds) {
-    OvDbDatabase* database = makeDrawing({"A", "B", "C"}, QStringLiteral("A*,B*,C*"));
+TEST_F(StoreTest, TheMapIsLoadedLazilyAndOnlyWhileEmpty) {
+    OvDbDatabase* database = makeDrawing({"A", "B"}, QStringLiteral("A*,B*,W*"));
+    // A load into a filled map stops at the first layer it already holds.
     ZelWireTypeRec store;
     std::map<int, WireLayerRec*> records;
     auto* held = new WireLayerRec;
@@ -60,42 +103,129 @@ TEST_F(StoreTest, ALoadIntoAFilledMapStopsAtTheFirstLayerItHolds) {
     EXPECT_EQ(layerNames(records), QStringList({"A", "b"}));
     for (auto& entry : records)
         delete entry.second;
+
+    makeDrawing({}, QStringLiteral("W*"), "empty.dwg");
+    ZelWireTypeRec lazy;
+    QString name;
+    EXPECT_FALSE(lazy.FindLayerInMap(1, name)) << "no load before it is needed";
+    EXPECT_TRUE(lazy.GetCurDwgWireTypeInfo().empty());
+    ZelTestDrawing::addLayer(workingDatabase(), "W1");
+    EXPECT_EQ(lazy.GetCurDwgWireTypeInfo().size(), 1u) << "an empty map is walked again";
+    ZelTestDrawing::addLayer(workingDatabase(), "W2");
+    EXPECT_EQ(lazy.GetCurDwgWireTypeInfo().size(), 1u) << "a loaded map is never reloaded";
 }
 
-TEST_F(StoreTest, OnlyAnEmptyMapIsLoadedAgain) {
-    OvDbDatabase* database = makeDrawing({}, QStringLiteral("W*"));
+TEST_F(StoreTest, KeysNumberTheLoadAndACollisionTakesTheCountersNextValue) {
+    makeDrawing({"W1", "W2", "W3", "PLAIN"}, QStringLiteral("W*"));
     ZelWireTypeRec store;
-    EXPECT_TRUE(store.GetCurDwgWireTypeInfo().empty());
-    ZelTestDrawing::addLayer(database, "W1");
-    EXPECT_EQ(store.GetCurDwgWireTypeInfo().size(), 1u) << "an empty map is walked again";
-    ZelTestDrawing::addLayer(database, "W2");
-    EXPECT_EQ(store.GetCurDwgWireTypeInfo().size(), 1u) << "a loaded map is never reloaded";
+    EXPECT_EQ(layerNames(store.GetCurDwgWireTypeInfo()), QStringList({"W1", "W2", "W3"}));
+    QString name;
+    ASSERT_TRUE(store.FindLayerInMap(3, name));
+    EXPECT_EQ(name, "W3");
+    EXPECT_EQ(addWireType(store, "W7", {}, {}, 7), Orvex::eOk);
+    EXPECT_EQ(addWireType(store, "W8", {}, {}, 7), Orvex::eOk);
+    ASSERT_TRUE(store.FindLayerInMap(7, name));
+    EXPECT_EQ(name, "W7");
+    ASSERT_TRUE(store.FindLayerInMap(4, name)) << "the taken key 7 gives the counter's 4";
+    EXPECT_EQ(name, "W8");
+}
+
+TEST_F(StoreTest, TheReaderIsNotTheMirrorOfTheWriter) {
+    OvDbDatabase* database = makeDrawing({"SHORT", "FULL", "BLANKKIND", "TWO"});
+    const auto put = [&](const QString& layer, resbuf* chain) {
+        ZelTestDrawing::setExtensionRecord(layerId(database, layer), "ZEL_WIRETYPE", chain);
+        ovutRelRb(chain);
+    };
+    // Fewer than 20 user values: row and flag fall into the value places and are ignored.
+    put("SHORT", wireChain({"RED", "1.5", "WIRE"}, 0, 5, false));
+    // Group 90 is read as 16 bits.
+    put("FULL", wireChain({"BLU", "2.5", "WIRE"}, 20, 70000, false));
+    put("BLANKKIND", wireChain({"A", "B", ""}, 0));
+    put("TWO", wireChain({"A", "B"}, 0));
+
+    ZelWireTypeRec store;
+    const WireLayerRec* shortRec = record(store, "SHORT");
+    EXPECT_EQ(shortRec->userValues, padded({}));
+    EXPECT_EQ(shortRec->gridRow, 0);
+    EXPECT_TRUE(shortRec->wireFlag);
+    EXPECT_EQ(shortRec->nameFormatMask, 255);
+    const WireLayerRec* full = record(store, "FULL");
+    EXPECT_EQ(full->userValues.back(), "u20");
+    EXPECT_EQ(full->gridRow, 4464);
+    EXPECT_FALSE(full->wireFlag);
+    EXPECT_EQ(record(store, "BLANKKIND")->wireKind, "WIRE");
+    EXPECT_TRUE(record(store, "TWO")->wireKind.isEmpty()) << "repaired only when a third exists";
+
+    // What the default wire type is written with: no user values at all.
+    std::vector<QString> none;
+    ASSERT_EQ(store.AddNewWireType(0, "BARE", none, none, "RED", "1.5", "WIRE", OvCmColor(),
+                                   OvDbObjectId(), OvDb::kLnWtByLwDefault, 5, false),
+              Orvex::eOk);
+    EXPECT_EQ(wireRecord(database, "BARE"),
+              "((1 . \"RED\") (2 . \"1.5\") (3 . \"WIRE\") (90 . 5) (290 . 0))");
+}
+
+TEST_F(StoreTest, TheCurrentRecordFallsBackOnWhatWasStored) {
+    OvDbDatabase* database = makeDrawing({"A", "B"});
+    ZelWireTypeRec store;
+    resbuf* chain = nullptr;
+    EXPECT_EQ(store.GetCurWireLayerXrec(chain), Orvex::eKeyNotFound);
+    EXPECT_FALSE(store.IsMakeAllValidWire());
+    EXPECT_EQ(currentRecord(database), "none") << "asking makes no default";
+
+    ASSERT_TRUE(store.SetCurWireLayerXrec("A", "B", "F", true));
+    EXPECT_TRUE(store.IsMakeAllValidWire());
+    // An open current layer takes the stored default, not the stored current layer.
+    ASSERT_TRUE(store.SetCurWireLayerXrec("A", "", "", false));
+    ASSERT_EQ(store.GetCurWireLayerXrec(chain), Orvex::eOk);
+    EXPECT_EQ(ovcore::lisp::toLispNotation(chain),
+              "((1 . \"A\") (1 . \"A\") (1 . \"F\") (290 . 0))");
+    ovutRelRb(chain);
+
+    // The dictionary without the current record: 340, and no chain.
+    makeDrawing({}, QString(), "second.dwg");
+    resbuf* other = ovutBuildList(1, L"x", 0);
+    ZelTestDrawing::setNamedRecord(workingDatabase(), "ZEL_WIRETYPE", "OTHER", other);
+    ovutRelRb(other);
+    chain = nullptr;
+    EXPECT_EQ(ZelWireTypeRec().GetCurWireLayerXrec(chain), Orvex::eWireTypeNotApplied);
+    EXPECT_EQ(chain, nullptr);
+}
+
+TEST_F(StoreTest, UserPropertyNamesComeFromTheProjectOrDefault) {
+    makeDrawing({});
+    std::vector<QString> names;
+    EXPECT_FALSE(ZelWireTypeRec().GetUserPropNamesFrmWdp(names)) << "no project";
+    EXPECT_EQ(names, padded({}));
+
+    openProject(ZelTestProject::write(tempPath("project"), "p", {activeDocument()->fileName()},
+                                      QString(), {{33, "Cable,\"Len, m\""}}));
+    ZelWireTypeRec().GetUsrPropNames(names);
+    EXPECT_EQ(QStringList({names[0], names[1], names[2], names[19]}),
+              QStringList({"Cable", "Len, m", "USER3", "USER20"}));
+
+    makeDrawing({}, QString(), "outside.dwg");
+    EXPECT_TRUE(ZelWireTypeRec().GetUserPropNamesFrmWdp(names));
+    EXPECT_EQ(names[0], "USER1");
 }
 
 TEST_F(StoreTest, TheDefaultWireTypeIsMadeOnceAndOnlyWithTheModulesResources) {
     OvDbDatabase* database = makeDrawing({}, QString());
-    {
-        // Outside a resource switch the name of string 110 comes back empty.
-        ZelWireTypeRec store;
-        QString name;
-        EXPECT_FALSE(store.GetFirstWireLayer(name));
-        EXPECT_FALSE(database->isModified());
-    }
+    QString name;
+    // Outside a resource switch the name of string 110 comes back empty.
+    EXPECT_FALSE(ZelWireTypeRec().GetFirstWireLayer(name));
+    EXPECT_FALSE(database->isModified());
+
     const ResourceOverride resources;
-    QString first;
-    {
-        ZelWireTypeRec store;
-        ASSERT_TRUE(store.GetFirstWireLayer(first));
-        EXPECT_EQ(first, "WIRES");
-        EXPECT_TRUE(layerId(database, first).isValid());
-        EXPECT_EQ(wireLays(), "WIR*");
-        EXPECT_EQ(output().count(first), 1) << output().toStdString();
-    }
+    ASSERT_TRUE(ZelWireTypeRec().GetFirstWireLayer(name));
+    EXPECT_EQ(name, "WIRES");
+    EXPECT_TRUE(layerId(database, name).isValid());
+    EXPECT_EQ(wireLays(), "WIR*");
+    EXPECT_EQ(output().count(platform::formatText(moduleString(155), name)), 1)
+        << output().toStdString();
     clearOutput();
-    ZelWireTypeRec store;
-    QString again;
-    ASSERT_TRUE(store.GetFirstWireLayer(again));
-    EXPECT_EQ(again, first);
+    ASSERT_TRUE(ZelWireTypeRec().GetFirstWireLayer(name));
+    EXPECT_EQ(name, "WIRES");
     EXPECT_TRUE(output().isEmpty());
 }
 
@@ -111,5 +241,53 @@ TEST_F(StoreTest, AssigningAndResettingTheDefaultWireType) {
     // A default layer that is gone gives way to the first wire layer, for both names.
     ASSERT_TRUE(store.SetCurWireLayerXrec("GONE", "W2", "%C", true));
     EXPECT_TRUE(store.ResetToDefWireType());
-    EXPECT_EQ(currentRecord(database), "((1 . \"W1\") (1 . \"W1\") (1 . \"%C\") (290 . 1))");
+    EXPECT_EQ(currentRecord(database), "W1|W1|%C|1");
 }
+
+TEST_F(StoreTest, AProjectWireTypeReadsAsTwentyThreeValues) {
+    const QString database = ZelTestProject::writeDatabase(
+        tempPath("project.db"),
+        "CREATE TABLE WIRETYPE (DWGIX TEXT, LAYNAME TEXT, WIRECOLOR TEXT, WIRESIZE TEXT,"
+        " FLAG INTEGER, USERCOUNT INTEGER);"
+        "CREATE TABLE WIRETYPE_USR (DWGIX TEXT, LAYNAME TEXT, USER INTEGER, VALUE TEXT);"
+        "INSERT INTO WIRETYPE VALUES ('1', 'RED_15', 'RED', NULL, 0, 2);"
+        "INSERT INTO WIRETYPE_USR VALUES ('1', 'RED_15', 1, 'first');"
+        "INSERT INTO WIRETYPE_USR VALUES ('1', 'RED_15', 19, 'nineteen');"
+        "INSERT INTO WIRETYPE VALUES ('1', 'ZERO', 'BLU', '2.5', 1, 1);"
+        "INSERT INTO WIRETYPE_USR VALUES ('1', 'ZERO', 0, 'over the size');"
+        "INSERT INTO WIRETYPE VALUES ('2', 'BAD', 'GRN', '4', 1, 1);"
+        "INSERT INTO WIRETYPE_USR VALUES ('2', 'BAD', 22, 'too far');");
+    makeDrawing({});
+    openProject(ZelTestProject::write(tempPath("p"), "p", {}, database));
+    ZelWireTypeRec store;
+    std::vector<QString> values;
+    ASSERT_TRUE(store.QueryWireType("1", "RED_15", values, 1));
+    std::vector<QString> expected(23);
+    expected[0] = "RED"; // a null wire size is an empty string
+    expected[2] = "first";
+    expected[20] = "nineteen";
+    expected[22] = "0";
+    EXPECT_EQ(values, expected);
+    // USER 0 lands on the wire size.
+    values.clear();
+    ASSERT_TRUE(store.QueryWireType("1", "ZERO", values, 1));
+    EXPECT_EQ(values[1], "over the size");
+    values.clear();
+    ASSERT_TRUE(store.QueryWireType("9", "UNKNOWN", values, 1));
+    EXPECT_EQ(values, std::vector<QString>(23));
+
+    // A user number outside the result: what was fetched before stays.
+    values.clear();
+    EXPECT_THROW(store.QueryWireType("2", "BAD", values, 1), std::out_of_range);
+    EXPECT_EQ(values.at(0), "GRN");
+
+    // The texts go into the statement as they are; the failed statement is printed.
+    values.clear();
+    EXPECT_FALSE(store.QueryWireType("1", "O'BRIEN", values, 1));
+    EXPECT_TRUE(values.empty());
+    EXPECT_TRUE(output().contains("O'BRIEN")) << output().toStdString();
+    GetProjectManager()->closeProject();
+    EXPECT_FALSE(store.QueryWireType("1", "RED_15", values, 1));
+}
+
+} // namespace

@@ -1,8 +1,11 @@
 // The WIRELAYS list of the WD_M block: the choice of a pattern, removal, rebuilding.
 
-#include "StoreTest.h"
+#include "store/ZelWireTypeRec.h"
+#include "support/ZelTestHost.h"
 
 namespace {
+
+using StoreTest = ZelTestHost;
 
 struct PatternCase {
     const char* nonWire; // comma-separated
@@ -10,8 +13,6 @@ struct PatternCase {
     const char* name;
     const char* after;
 };
-
-} // namespace
 
 TEST_F(StoreTest, APatternCatchesTheNewLayerAndNoOther) {
     const PatternCase cases[] = {
@@ -41,17 +42,12 @@ TEST_F(StoreTest, APatternCatchesTheNewLayerAndNoOther) {
 }
 
 TEST_F(StoreTest, TheListStopsGrowingAt256Characters) {
-    const QString full255 = QString(253, u'X') + QStringLiteral("*Z");
-    makeDrawing({}, full255);
-    ZelWireTypeRec store;
-    ASSERT_TRUE(store.AddtoWd_m("RED", false));
-    EXPECT_EQ(wireLays(), full255 + ",RED*");
-
-    const QString full256 = QString(254, u'X') + QStringLiteral("*Z");
-    makeDrawing({}, full256, "full.dwg");
-    ZelWireTypeRec full;
-    EXPECT_TRUE(full.AddtoWd_m("RED", false));
-    EXPECT_EQ(wireLays(), full256);
+    for (const int length : {255, 256}) {
+        const QString full = QString(length - 2, u'X') + QStringLiteral("*Z");
+        makeDrawing({}, full, QStringLiteral("%1.dwg").arg(length));
+        EXPECT_TRUE(ZelWireTypeRec().AddtoWd_m("RED", false));
+        EXPECT_EQ(wireLays(), length == 255 ? full + ",RED*" : full);
+    }
 }
 
 TEST_F(StoreTest, ResetBlanksTheListAndADrawingWithoutWdmRefuses) {
@@ -74,17 +70,13 @@ TEST_F(StoreTest, ResetBlanksTheListAndADrawingWithoutWdmRefuses) {
 }
 
 TEST_F(StoreTest, RemovingAPatternKeepsTheCommaOfAFirstToken) {
-    makeDrawing({}, QStringLiteral("A*,B*"));
-    {
+    for (const auto& [name, after] : {std::pair{"apple", ",B*"}, {"BANANA", "A*"}}) {
+        makeDrawing({}, QStringLiteral("A*,B*"), QString::fromLatin1(name) + ".dwg");
         ZelWireTypeRec store;
-        EXPECT_FALSE(store.RemoveFrmWd_m("apple")) << "false tells that a pattern went";
-        EXPECT_EQ(wireLays(), ",B*");
+        EXPECT_FALSE(store.RemoveFrmWd_m(name)) << "false tells that a pattern went";
+        EXPECT_EQ(wireLays(), after);
         EXPECT_TRUE(store.RemoveFrmWd_m("CHERRY")) << "not listed: nothing to do";
     }
-    makeDrawing({}, QStringLiteral("A*,B*"), "second.dwg");
-    ZelWireTypeRec store;
-    EXPECT_FALSE(store.RemoveFrmWd_m("BANANA"));
-    EXPECT_EQ(wireLays(), "A*");
 }
 
 TEST_F(StoreTest, APatternStillNeededByALiveWireTypeStays) {
@@ -135,3 +127,5 @@ TEST_F(StoreTest, TheWorkingDrawingAndAnotherAreAskedAlike) {
     EXPECT_EQ(pattern, "BLU*");
     EXPECT_FALSE(third.GetWd_mLayerName("GREEN", pattern));
 }
+
+} // namespace

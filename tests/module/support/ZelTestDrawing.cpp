@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -118,40 +119,25 @@ OvDbObjectId ZelTestDrawing::addLine(OvDbDatabase* database, const QString& laye
     return id;
 }
 
-OvDbObjectId ZelTestDrawing::addBlockReference(OvDbDatabase* database, const QString& blockName,
-                                               const Attributes& attributes, const QString& space) {
-    const OvDbObjectId block = blockDefinition(database, blockName);
-    OvDbObjectId spaceId = database->modelSpaceId();
-    if (!space.isEmpty()) {
-        OvDbBlockTable* table = nullptr;
-        EXPECT_EQ(database->getBlockTable(table, OvDb::kForRead), Orvex::eOk);
-        if (table == nullptr)
-            return OvDbObjectId();
-        EXPECT_EQ(table->getIdAt(space, spaceId), Orvex::eOk);
-        table->close();
-    }
+OvDbObjectId ZelTestDrawing::addWdmBlock(OvDbDatabase* database, const QString& wireLayers) {
+    const OvDbObjectId block = blockDefinition(database, QStringLiteral("WD_M"));
     OvDbBlockTableRecord* owner = nullptr;
-    EXPECT_EQ(ovdbOpenObject(owner, spaceId, OvDb::kForWrite), Orvex::eOk);
+    EXPECT_EQ(ovdbOpenObject(owner, database->modelSpaceId(), OvDb::kForWrite), Orvex::eOk);
     if (owner == nullptr)
         return OvDbObjectId();
     auto* reference = new OvDbBlockReference(OvGePoint3d(0, 0, 0), block);
     OvDbObjectId id;
     EXPECT_EQ(owner->appendOvDbEntity(id, reference), Orvex::eOk);
-    for (const auto& [tag, text] : attributes) {
-        auto* attribute = new OvDbAttribute(OvGePoint3d(0, 0, 0), text, tag);
+    for (const auto& [tag, text] : {std::pair{"TAGMODE", QStringLiteral("1")},
+                                    {"WIRELAYS", wireLayers},
+                                    {"SHEET", QStringLiteral("01")}}) {
+        auto* attribute = new OvDbAttribute(OvGePoint3d(0, 0, 0), text, QString::fromLatin1(tag));
         EXPECT_EQ(reference->appendAttribute(attribute), Orvex::eOk);
         attribute->close();
     }
     reference->close();
     owner->close();
     return id;
-}
-
-OvDbObjectId ZelTestDrawing::addWdmBlock(OvDbDatabase* database, const QString& wireLayers) {
-    return addBlockReference(database, QStringLiteral("WD_M"),
-                             {{QStringLiteral("TAGMODE"), QStringLiteral("1")},
-                              {QStringLiteral("WIRELAYS"), wireLayers},
-                              {QStringLiteral("SHEET"), QStringLiteral("01")}});
 }
 
 QString ZelTestDrawing::attributeText(OvDbObjectId reference, const QString& tag) {

@@ -3,8 +3,6 @@
 #include "ovdb/OvDbObjectId.h"
 #include "ovdb/OvErrorStatus.h"
 
-#include <QList>
-#include <QPair>
 #include <QString>
 
 class OvDbDatabase;
@@ -14,17 +12,10 @@ struct resbuf;
 // helper closes what it opens; a failing host call fails the test.
 class ZelTestDrawing {
 public:
-    using Attributes = QList<QPair<QString, QString>>;
-
     // A layer with an index colour; the id of the one already there under that name.
     static OvDbObjectId addLayer(OvDbDatabase* database, const QString& name, int colorIndex = 7);
     // A line in model space on a layer.
     static OvDbObjectId addLine(OvDbDatabase* database, const QString& layer);
-    // A reference of the block `blockName` (defined if missing) with attributes, in the
-    // space named (model space by default).
-    static OvDbObjectId addBlockReference(OvDbDatabase* database, const QString& blockName,
-                                          const Attributes& attributes,
-                                          const QString& space = QString());
     // The add-on's WD_M block: a reference with WIRELAYS and a few other settings.
     static OvDbObjectId addWdmBlock(OvDbDatabase* database, const QString& wireLayers);
     // The text of an attribute of a reference; empty when missing.

@@ -1,12 +1,17 @@
 #include "support/ZelTestHost.h"
 
+#include "shell/ResourceOverride.h"
 #include "shell/ZelLibraryEntry.h"
+#include "store/ZelWireTypeRec.h"
+#include "support/ZelTestDrawing.h"
+#include "support/ZelTestProject.h"
 
 #include "ovcore/OvApDocManager.h"
 #include "ovcore/OvOpenObjectCheck.h"
 #include "ovdb/OvDbHostApplicationServices.h"
-#include "ovdb/ovdbOpenObject.h"
+#include "ovdb/ovdb.h"
 #include "ovdb/ovut.h"
+#include "platform/Resources.h"
 #include "zeloledb/ZelOleDbConnectionCache.h"
 #include "zelpm/ZelPrmProjectManager.h"
 
@@ -15,6 +20,12 @@
 #include <QFileInfo>
 
 namespace {
+
+QString notation(resbuf* chain) {
+    const QString text = chain ? ovcore::lisp::toLispNotation(chain) : QString();
+    ovutRelRb(chain);
+    return text;
+}
 
 void setEnvironment(const char* name, const QByteArray& value) {
     if (value.isNull())
@@ -48,6 +59,7 @@ void ZelTestHost::SetUp() {
     GetProjectManager()->closeProject();
     ASSERT_TRUE(ZelAttachResources(programFolder()))
         << "ZelWireTypeRes.so not found beside the test program";
+    ZelWireTypeRec::ResetKey();
 }
 
 void ZelTestHost::TearDown() {
@@ -124,4 +136,103 @@ QString ZelTestHost::tempPath(const QString& name) const {
 
 QString ZelTestHost::programFolder() {
     return QFileInfo(QFileInfo(QStringLiteral("/proc/self/exe")).symLinkTarget()).absolutePath();
+}
+
+QString ZelTestHost::moduleString(unsigned id) {
+    const ResourceOverride resources;
+    return platform::loadString(id);
+}
+
+OvDbDatabase* ZelTestHost::makeDrawing(const QStringList& layers,
+                                       const std::optional<QString>& wireLays,
+                                       const QString& fileName) {
+    OvApDocument* document = newDocument();
+    OvDbDatabase* database = document->database();
+    for (const QString& layer : layers)
+        ZelTestDrawing::addLayer(database, layer);
+    m_wdm = wireLays ? ZelTestDrawing::addWdmBlock(database, *wireLays) : OvDbObjectId();
+    EXPECT_EQ(ovDocManagerPtr()->saveDocumentAs(document, tempPath(fileName)), Orvex::eOk);
+    return database;
+}
+
+QString ZelTestHost::wireLays() const {
+    return ZelTestDrawing::attributeText(m_wdm, QStringLiteral("WIRELAYS"));
+}
+
+void ZelTestHost::openDefaultNamesProject() {
+    openProject(ZelTestProject::write(tempPath("project"), "defaults", {}, QString()));
+}
+
+OvDbObjectId ZelTestHost::layerId(OvDbDatabase* database, const QString& name) {
+    OvDbLayerTable* table = nullptr;
+    OvDbObjectId id;
+    if (database->getLayerTable(table, OvDb::kForRead) == Orvex::eOk) {
+        table->getIdAt(name, id);
+        table->close();
+    }
+    return id;
+}
+
+QString ZelTestHost::clayerName(OvDbDatabase* database) {
+    OvDbLayerTableRecord* layer = nullptr;
+    if (ovdbOpenObject(layer, database->clayer(), OvDb::kForRead) != Orvex::eOk)
+        return QString();
+    const QString name = layer->name();
+    layer->close();
+    return name;
+}
+
+QString ZelTestHost::wireRecord(OvDbDatabase* database, const QString& layer) {
+    return notation(
+        ZelTestDrawing::extensionRecord(layerId(database, layer), QStringLiteral("ZEL_WIRETYPE")));
+}
+
+QString ZelTestHost::currentRecord(OvDbDatabase* database) {
+    resbuf* chain = ZelTestDrawing::namedRecord(database, QStringLiteral("ZEL_WIRETYPE"),
+                                                QStringLiteral("CURRENT_WIRELAY"));
+    if (chain == nullptr)
+        return QStringLiteral("none");
+    QStringList parts;
+    for (const resbuf* link = chain; link != nullptr; link = link->rbnext) {
+        if (link->restype == 1)
+            parts << QString::fromWCharArray(link->resval.rstring);
+        else if (link->restype == 290)
+            parts << QString::number(link->resval.rint);
+    }
+    ovutRelRb(chain);
+    return parts.join(u'|');
+}
+
+void ZelTestHost::setCurrentRecord(OvDbDatabase* database, const QString& defaultLayer,
+                                   const QString& currentLayer, bool makeAllValidWire,
+                                   const QString& format) {
+    resbuf* chain = ovutBuildList(1, defaultLayer.toStdWString().c_str(), 1,
+                                  currentLayer.toStdWString().c_str(), 1,
+                                  format.toStdWString().c_str(), 290, makeAllValidWire, 0);
+    EXPECT_EQ(ZelTestDrawing::setNamedRecord(database, QStringLiteral("ZEL_WIRETYPE"),
+                                             QStringLiteral("CURRENT_WIRELAY"), chain),
+              Orvex::eOk);
+    ovutRelRb(chain);
+}
+
+const WireLayerRec* ZelTestHost::record(ZelWireTypeRec& store, const QString& layer) {
+    for (const auto& entry : store.GetCurDwgWireTypeInfo()) {
+        if (entry.second->layerName.compare(layer, Qt::CaseInsensitive) == 0)
+            return entry.second;
+    }
+    return nullptr;
+}
+
+QStringList ZelTestHost::layerNames(const std::map<int, WireLayerRec*>& records) {
+    QStringList names;
+    for (const auto& entry : records)
+        names << entry.second->layerName;
+    return names;
+}
+
+Orvex::ErrorStatus ZelTestHost::addWireType(ZelWireTypeRec& store, const QString& name,
+                                            std::vector<QString> names, std::vector<QString> values,
+                                            long key) {
+    return store.AddNewWireType(key, name, names, values, QString(), QString(), "WIRE", OvCmColor(),
+                                OvDbObjectId(), OvDb::kLnWtByLwDefault, 0, true);
 }

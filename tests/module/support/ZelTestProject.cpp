@@ -7,6 +7,7 @@
 #include <QJsonObject>
 
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
 QString ZelTestProject::write(const QString& folder, const QString& name,
                               const QStringList& drawings, const QString& database,
@@ -27,6 +28,16 @@ QString ZelTestProject::write(const QString& folder, const QString& name,
     QFile file(path);
     EXPECT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate)) << path.toStdString();
     file.write(QJsonDocument(project).toJson());
+    return path;
+}
+
+QString ZelTestProject::writeDatabase(const QString& path, const char* sql) {
+    sqlite3* db = nullptr;
+    EXPECT_EQ(sqlite3_open(path.toUtf8().constData(), &db), SQLITE_OK);
+    char* error = nullptr;
+    EXPECT_EQ(sqlite3_exec(db, sql, nullptr, nullptr, &error), SQLITE_OK) << error;
+    sqlite3_free(error);
+    sqlite3_close(db);
     return path;
 }
 

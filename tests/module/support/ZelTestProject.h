@@ -12,6 +12,8 @@ public:
     // numbered settings; returns its path.
     static QString write(const QString& folder, const QString& name, const QStringList& drawings,
                          const QString& database, const std::map<int, QString>& settings = {});
+    // Writes an SQLite project database at `path` by running `sql`; returns the path.
+    static QString writeDatabase(const QString& path, const char* sql);
     // The demo project's database, built in the build tree.
     static QString demoDatabase();
 };
