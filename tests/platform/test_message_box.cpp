@@ -19,21 +19,7 @@ namespace {
 
 using namespace platform;
 
-class BatchPrinter {
-public:
-    BatchPrinter() : m_previousMode(messageBoxMode()) {
-        setMessageBoxPrinter([this](const QString& line) { m_lines << line; });
-    }
-    ~BatchPrinter() {
-        setMessageBoxPrinter({});
-        setMessageBoxMode(m_previousMode);
-    }
-    const QStringList& lines() const { return m_lines; }
-
-private:
-    MessageBoxMode m_previousMode;
-    QStringList m_lines;
-};
+const QString kCaption = QStringLiteral("Wire Types");
 
 TEST(ScriptedMessageBox, AnswersFromTheQueueInOrderAndRecordsEveryBox) {
     const MessageBoxMode before = messageBoxMode();
@@ -41,82 +27,60 @@ TEST(ScriptedMessageBox, AnswersFromTheQueueInOrderAndRecordsEveryBox) {
         MessageBoxScript script;
         script.answer(IDNO);
         script.answer(IDCANCEL);
-
-        EXPECT_EQ(messageBox(QStringLiteral("Remove?"), QStringLiteral("Wire Types"), MB_YESNO),
-                  IDNO);
-        EXPECT_EQ(messageBox(QStringLiteral("Save?"), QStringLiteral("Wire Types"), MB_YESNOCANCEL),
-                  IDCANCEL);
+        EXPECT_EQ(messageBox("Remove?", kCaption, MB_YESNO), IDNO);
+        EXPECT_EQ(messageBox("Save?", kCaption, MB_YESNOCANCEL), IDCANCEL);
         // The queue is empty: the default answer, recorded all the same.
-        EXPECT_EQ(messageBox(QStringLiteral("In use."), QString(), MB_OK | MB_ICONWARNING), IDOK);
-        EXPECT_EQ(messageBox(QStringLiteral("Again?"), QString(), MB_YESNO, IDNO), IDNO);
-
-        ASSERT_EQ(script.shown().size(), 4u);
+        EXPECT_EQ(messageBox("In use.", QString(), MB_OK | MB_ICONWARNING), IDOK);
+        EXPECT_EQ(messageBox("Again?", QString(), MB_YESNO, IDNO), IDNO);
         EXPECT_EQ(script.shownTexts(),
-                  (std::vector<QString>{QStringLiteral("Remove?"), QStringLiteral("Save?"),
-                                        QStringLiteral("In use."), QStringLiteral("Again?")}));
-        EXPECT_EQ(script.shown()[0].caption, QStringLiteral("Wire Types"));
+                  (std::vector<QString>{"Remove?", "Save?", "In use.", "Again?"}));
+        EXPECT_EQ(script.shown()[0].caption, kCaption);
         EXPECT_TRUE(script.shown()[1].answeredFromQueue);
         EXPECT_FALSE(script.shown()[2].answeredFromQueue);
         EXPECT_EQ(script.shown()[2].flags, MB_OK | MB_ICONWARNING);
+
+        // A box by number shows the text of the current resource handle: the host's holds
+        // none of the module's numbers.
+        ResourceHandle* library = loadResourceLibrary(ZEL_RESOURCE_LIBRARY);
+        ASSERT_NE(library, nullptr);
+        appMessageBoxById(143);
+        {
+            ScopedResourceHandle scope(library);
+            appMessageBoxById(143, MB_YESNOCANCEL);
+        }
+        EXPECT_TRUE(script.shown()[4].text.isEmpty());
+        EXPECT_EQ(script.shown()[5].text, loadString(library, 143));
+        EXPECT_EQ(script.shown()[5].answer, IDYES);
+        freeResourceLibrary(library);
     }
     EXPECT_EQ(messageBoxMode(), before);
 }
 
-TEST(ScriptedMessageBox, AppBoxByNumberShowsTheTextOfTheCurrentHandle) {
-    ResourceHandle* library = loadResourceLibrary(ZEL_RESOURCE_LIBRARY);
-    ASSERT_NE(library, nullptr);
-    MessageBoxScript script;
-    appMessageBoxById(143);
-    {
-        ScopedResourceHandle scope(library);
-        appMessageBoxById(143, MB_YESNOCANCEL);
-    }
-    ASSERT_EQ(script.shown().size(), 2u);
-    EXPECT_TRUE(script.shown()[0].text.isEmpty()) << "the host's handle holds no number 143";
-    EXPECT_EQ(script.shown()[1].text, loadString(library, 143));
-    EXPECT_EQ(script.shown()[1].answer, IDYES);
-    freeResourceLibrary(library);
-}
-
 TEST(BatchMessageBox, PrintsCaptionAndTextAndTakesTheDefault) {
-    BatchPrinter printer;
-    setMessageBoxMode(MessageBoxMode::Batch);
-    const QString caption = QStringLiteral("Wire Types");
-
-    EXPECT_EQ(messageBox(QStringLiteral("In use."), caption), IDOK);
-    EXPECT_EQ(messageBox(QStringLiteral("Remove?"), caption, MB_YESNO | MB_DEFBUTTON2), IDNO);
-    EXPECT_EQ(messageBox(QStringLiteral("Save?"), QString(), MB_YESNOCANCEL | MB_DEFBUTTON3),
-              IDCANCEL);
-    // A default beyond the buttons is the first button.
-    EXPECT_EQ(messageBox(QStringLiteral("Go?"), caption, MB_YESNO | MB_DEFBUTTON3), IDYES);
-    // The caller's default answer wins over the flags.
-    EXPECT_EQ(messageBox(QStringLiteral("Retry?"), caption, MB_RETRYCANCEL, IDCANCEL), IDCANCEL);
-
-    EXPECT_EQ(printer.lines(), (QStringList{QStringLiteral("Wire Types: In use.\n"),
-                                            QStringLiteral("Wire Types: Remove? [No]\n"),
-                                            QStringLiteral("Save? [Cancel]\n"),
-                                            QStringLiteral("Wire Types: Go? [Yes]\n"),
-                                            QStringLiteral("Wire Types: Retry? [Cancel]\n")}));
-}
-
-TEST(BatchMessageBox, WritesToStandardOutputUntilTheHostSetsAPrinter) {
     const MessageBoxMode before = messageBoxMode();
     setMessageBoxMode(MessageBoxMode::Batch);
+    // Standard output until the host sets a printer.
     setMessageBoxPrinter({});
     ::testing::internal::CaptureStdout();
-    const int answer = messageBox(QStringLiteral("Größe ø"), QStringLiteral("Wire Types"));
-    const std::string output = ::testing::internal::GetCapturedStdout();
-    setMessageBoxMode(before);
-    EXPECT_EQ(answer, IDOK);
-    EXPECT_EQ(output, "Wire Types: Größe ø\n");
-}
+    EXPECT_EQ(messageBox("Größe ø", kCaption), IDOK);
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "Wire Types: Größe ø\n");
 
-TEST(DesktopMessageBox, WithoutAWidgetApplicationItBehavesAsInBatch) {
+    QStringList lines;
+    setMessageBoxPrinter([&lines](const QString& line) { lines << line; });
+    EXPECT_EQ(messageBox("Remove?", kCaption, MB_YESNO | MB_DEFBUTTON2), IDNO);
+    EXPECT_EQ(messageBox("Save?", QString(), MB_YESNOCANCEL | MB_DEFBUTTON3), IDCANCEL);
+    // A default beyond the buttons is the first button; the caller's default answer wins.
+    EXPECT_EQ(messageBox("Go?", kCaption, MB_YESNO | MB_DEFBUTTON3), IDYES);
+    EXPECT_EQ(messageBox("Retry?", kCaption, MB_RETRYCANCEL, IDCANCEL), IDCANCEL);
+    // In desktop mode without a widget application it behaves as in batch.
     ASSERT_EQ(QCoreApplication::instance(), nullptr);
-    BatchPrinter printer;
     setMessageBoxMode(MessageBoxMode::Desktop);
-    EXPECT_EQ(messageBox(QStringLiteral("Remove?"), QStringLiteral("Wire Types"), MB_YESNO), IDYES);
-    EXPECT_EQ(printer.lines(), QStringList{QStringLiteral("Wire Types: Remove? [Yes]\n")});
+    EXPECT_EQ(messageBox("Sure?", kCaption, MB_YESNO), IDYES);
+    EXPECT_EQ(lines, (QStringList{"Wire Types: Remove? [No]\n", "Save? [Cancel]\n",
+                                  "Wire Types: Go? [Yes]\n", "Wire Types: Retry? [Cancel]\n",
+                                  "Wire Types: Sure? [Yes]\n"}));
+    setMessageBoxPrinter({});
+    setMessageBoxMode(before);
 }
 
 // Runs `act` on the message box once it is up, from inside its modal loop.
@@ -150,18 +114,14 @@ TEST(DesktopMessageBox, ShowsAWindowAndAnswersWithTheButtonClicked) {
         noIsDefault = box->defaultButton() == box->button(QMessageBox::No);
         box->button(QMessageBox::Yes)->click();
     });
-    EXPECT_EQ(messageBox(QStringLiteral("Remove?"), QStringLiteral("Wire Types"),
-                         MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2),
-              IDYES);
+    EXPECT_EQ(messageBox("Remove?", kCaption, MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2), IDYES);
     EXPECT_EQ(icon, QMessageBox::Question);
     EXPECT_EQ(text, QStringLiteral("Remove?"));
     EXPECT_TRUE(noIsDefault);
 
     // Closing the window of a box with Cancel is Cancel.
     whenTheBoxIsShown(&application, [](QMessageBox* box) { box->close(); });
-    EXPECT_EQ(messageBox(QStringLiteral("Save?"), QStringLiteral("Wire Types"),
-                         MB_YESNOCANCEL | MB_ICONWARNING),
-              IDCANCEL);
+    EXPECT_EQ(messageBox("Save?", kCaption, MB_YESNOCANCEL | MB_ICONWARNING), IDCANCEL);
 }
 
 } // namespace

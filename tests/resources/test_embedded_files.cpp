@@ -17,29 +17,26 @@ QByteArray fixture(const char* relativePath) {
 }
 
 TEST(EmbeddedFiles, ComeBackByteForByteUnderTheirNumberAndKind) {
-    platform::ResourceHandle* library = platform::loadResourceLibrary(ZEL_FIXTURE_LIBRARY);
-    ASSERT_NE(library, nullptr) << platform::resourceLibraryError().toStdString();
-
-    const QByteArray form = platform::loadDialogTemplate(library, 101);
-    EXPECT_EQ(form, fixture("dialogs/101.ui"));
-    EXPECT_TRUE(QString::fromUtf8(form).contains(QStringLiteral("Drahtgröße – ø 1,5 mm²")));
-    EXPECT_EQ(platform::loadDialogTemplate(library, 1040), fixture("dialogs/1040-import.ui"));
-    EXPECT_EQ(platform::loadMenu(library, 103), fixture("menus/103-grid.xml"));
-    EXPECT_EQ(platform::loadMenu(library, 104), QByteArray("A\0B\xff", 4));
-
+    using namespace platform;
+    ResourceHandle* library = loadResourceLibrary(ZEL_FIXTURE_LIBRARY);
+    ASSERT_NE(library, nullptr) << resourceLibraryError().toStdString();
+    const QByteArray form = fixture("dialogs/101.ui");
+    EXPECT_TRUE(QString::fromUtf8(form).contains("Drahtgröße – ø 1,5 mm²"));
+    EXPECT_EQ(loadDialogTemplate(library, 101), form);
+    EXPECT_EQ(loadDialogTemplate(library, 1040), fixture("dialogs/1040-import.ui"));
+    EXPECT_EQ(loadMenu(library, 104), QByteArray("A\0B\xff", 4));
     // One number may stand for a string, a template and a menu at once.
-    EXPECT_TRUE(platform::loadMenu(library, 101).isEmpty());
-    EXPECT_TRUE(platform::loadDialogTemplate(library, 103).isEmpty());
-    EXPECT_EQ(platform::loadString(library, 101), QStringLiteral("String 101, not dialog 101"));
-
+    EXPECT_TRUE(loadMenu(library, 101).isEmpty());
+    EXPECT_TRUE(loadDialogTemplate(library, 103).isEmpty());
+    EXPECT_EQ(loadString(library, 101), QStringLiteral("String 101, not dialog 101"));
     // Without a handle the loaders ask the current handle.
-    EXPECT_TRUE(platform::loadDialogTemplate(101).isEmpty());
+    EXPECT_TRUE(loadDialogTemplate(101).isEmpty());
     {
-        platform::ScopedResourceHandle scope(library);
-        EXPECT_EQ(platform::loadDialogTemplate(101), form);
-        EXPECT_EQ(platform::loadMenu(103), fixture("menus/103-grid.xml"));
+        ScopedResourceHandle scope(library);
+        EXPECT_EQ(loadDialogTemplate(101), form);
+        EXPECT_EQ(loadMenu(103), fixture("menus/103-grid.xml"));
     }
-    platform::freeResourceLibrary(library);
+    freeResourceLibrary(library);
 }
 
 } // namespace

@@ -1,20 +1,21 @@
 // The add-on's project, global value and variable functions, called through ovedInvoke as
-// other modules call them, and GBL_wd_prj following the active project.
-#include "AddonLispHost.h"
+// other modules call them, and GBL_wd_prj following the active project in every document.
+#include "AddonTest.h"
 
 #include "zelpm/ZelMDIGblManager.h"
 
 namespace {
 
-class LispProject : public AddonLispHost {
+class LispProject : public AddonTest {
 protected:
+    void SetUp() override {
+        AddonTest::SetUp();
+        startHost();
+    }
     // A project of two drawings with setting 33.
-    QString writeProject(const QString& name, const QByteArray& text = {}) {
-        QFile out(path(name));
-        EXPECT_TRUE(out.open(QIODevice::WriteOnly));
-        out.write(!text.isEmpty() ? text : R"({"format": "zel-project", "version": 1,
+    QString writeProject(const QString& name) {
+        return writeFile(name, R"({"format": "zel-project", "version": 1,
                       "drawings": ["a.dwg", "sub/b.dwg"], "settings": {"33": "Insulation,Size"}})");
-        return out.fileName();
     }
     void activate(OvApDocument* doc) {
         ASSERT_EQ(ovDocManagerPtr()->activateDocument(doc), Orvex::eOk);
@@ -24,48 +25,42 @@ protected:
 TEST_F(LispProject, OpenAndCloseThroughLispKeepEveryDocumentInStep) {
     OvApDocument* first = openWithAddon();
     OvApDocument* second = openWithAddon();
-    ASSERT_TRUE(first && second);
-    const QString project = writeProject(QStringLiteral("test.zpj"));
-    EXPECT_EQ(symbol(L"GBL_wd_prj"), QStringLiteral("nil"));
+    const QString project = writeProject("test.zpj");
+    EXPECT_EQ(symbol(L"GBL_wd_prj"), "nil");
 
-    EXPECT_EQ(call(L"zel_project_open", RTSTR, wide(project).c_str()), QStringLiteral("T"));
+    EXPECT_EQ(call(L"zel_project_open", RTSTR, wide(project).c_str()), "T");
     EXPECT_EQ(call(L"zel_project_active"), quoted(project));
-    EXPECT_EQ(call(L"zel_project_setting", RTSHORT, 33), QStringLiteral(R"("Insulation,Size")"));
-    EXPECT_EQ(call(L"zel_project_setting", RTSHORT, 34), QStringLiteral("nil"));
+    EXPECT_EQ(call(L"zel_project_setting", RTSHORT, 33), R"("Insulation,Size")");
+    EXPECT_EQ(call(L"zel_project_setting", RTSHORT, 34), "nil");
     EXPECT_EQ(call(L"zel_project_drawings"),
-              QStringLiteral("(%1 %2)").arg(quoted(path(QStringLiteral("a.dwg"))),
-                                            quoted(path(QStringLiteral("sub/b.dwg")))));
+              QStringLiteral("(%1 %2)").arg(quoted(path("a.dwg")), quoted(path("sub/b.dwg"))));
     EXPECT_EQ(call(L"zel_get_var", RTSTR, L"GBL_wd_prj"), quoted(project));
     // Set in the document that asked and in the other one, which ran nothing.
     EXPECT_EQ(symbol(L"GBL_wd_prj"), quoted(project));
     activate(first);
     EXPECT_EQ(symbol(L"GBL_wd_prj"), quoted(project));
 
-    EXPECT_EQ(call(L"zel_project_close"), QStringLiteral("T"));
-    EXPECT_EQ(call(L"zel_project_active"), QStringLiteral("nil"));
-    EXPECT_EQ(call(L"zel_project_setting", RTSHORT, 33), QStringLiteral("nil"));
-    EXPECT_EQ(symbol(L"GBL_wd_prj"), QStringLiteral("nil"));
+    EXPECT_EQ(call(L"zel_project_close"), "T");
+    EXPECT_EQ(call(L"zel_project_active"), "nil");
+    EXPECT_EQ(call(L"zel_project_setting", RTSHORT, 33), "nil");
+    EXPECT_EQ(symbol(L"GBL_wd_prj"), "nil");
     activate(second);
-    EXPECT_EQ(symbol(L"GBL_wd_prj"), QStringLiteral("nil"));
-}
+    EXPECT_EQ(symbol(L"GBL_wd_prj"), "nil");
 
-TEST_F(LispProject, UnreadableProjectAnswersNilWithTheReasonAndLeavesNoProject) {
-    ASSERT_TRUE(openWithAddon());
-    ASSERT_TRUE(GetProjectManager()->openProject(writeProject(QStringLiteral("good.zpj"))));
-    const QString bad = writeProject(QStringLiteral("bad.zpj"), "not json");
-
-    EXPECT_EQ(call(L"zel_project_open", RTSTR, wide(bad).c_str()), QStringLiteral("nil"));
-    EXPECT_TRUE(output().contains(QStringLiteral("zel_project_open: Cannot open the project")))
-        << output().toStdString();
-    EXPECT_EQ(symbol(L"GBL_wd_prj"), QStringLiteral("nil"));
-    EXPECT_EQ(call(L"zel_project_active"), QStringLiteral("nil"));
-}
-
-TEST_F(LispProject, ProjectOpenedOutsideLispReachesDocumentsWhenTheyComeUp) {
-    OvApDocument* first = openWithAddon();
-    const QString project = writeProject(QStringLiteral("test.zpj"));
+    // A file that is no project answers nil with the reason and leaves no project.
     ASSERT_TRUE(GetProjectManager()->openProject(project));
+    EXPECT_EQ(call(L"zel_project_open", RTSTR, wide(writeFile("bad.zpj", "not json")).c_str()),
+              "nil");
+    EXPECT_TRUE(output().contains("zel_project_open: Cannot open the project"))
+        << output().toStdString();
+    EXPECT_EQ(symbol(L"GBL_wd_prj"), "nil");
+    EXPECT_EQ(call(L"zel_project_active"), "nil");
+}
 
+TEST_F(LispProject, AProjectOpenedOutsideLispReachesDocumentsWhenTheyComeUp) {
+    OvApDocument* first = openWithAddon();
+    const QString project = writeProject("test.zpj");
+    ASSERT_TRUE(GetProjectManager()->openProject(project));
     // A document opened afterwards has it from its drawing-load message...
     OvApDocument* second = openWithAddon();
     EXPECT_EQ(symbol(L"GBL_wd_prj"), quoted(project));
@@ -74,38 +69,30 @@ TEST_F(LispProject, ProjectOpenedOutsideLispReachesDocumentsWhenTheyComeUp) {
     EXPECT_EQ(symbol(L"GBL_wd_prj"), quoted(project));
     GetProjectManager()->closeProject();
     activate(second);
-    EXPECT_EQ(symbol(L"GBL_wd_prj"), QStringLiteral("nil"));
+    EXPECT_EQ(symbol(L"GBL_wd_prj"), "nil");
 }
 
-TEST_F(LispProject, GlobalValuesRoundTripAndTheProjectCannotBeSet) {
+TEST_F(LispProject, GlobalValuesAndVariables) {
     ASSERT_TRUE(openWithAddon());
-    EXPECT_EQ(call(L"zel_gbl_set", RTSTR, L"ZEL_TEST", RTLB, RTSTR, L"a", RTSHORT, 7, RTLE),
-              QStringLiteral("T"));
-    EXPECT_EQ(call(L"zel_gbl_get", RTSTR, L"zel_test"), QStringLiteral(R"(("a" 7))"));
-    EXPECT_EQ(call(L"zel_gbl_set", RTSTR, L"ZEL_TEST", RTSTR, L"one"), QStringLiteral("T"));
-    EXPECT_EQ(call(L"zel_gbl_get", RTSTR, L"ZEL_TEST"), QStringLiteral(R"("one")"));
-    // Nil forgets the value.
-    EXPECT_EQ(call(L"zel_gbl_set", RTSTR, L"ZEL_TEST", RTNIL), QStringLiteral("T"));
+    EXPECT_EQ(call(L"zel_gbl_set", RTSTR, L"ZEL_TEST", RTLB, RTSTR, L"a", RTSHORT, 7, RTLE), "T");
+    EXPECT_EQ(call(L"zel_gbl_get", RTSTR, L"zel_test"), R"(("a" 7))");
+    // Nil forgets the value; the project file cannot be set.
+    EXPECT_EQ(call(L"zel_gbl_set", RTSTR, L"ZEL_TEST", RTNIL), "T");
     EXPECT_EQ(GblPm_GetGblValue(L"ZEL_TEST"), nullptr);
+    EXPECT_EQ(call(L"zel_gbl_set", RTSTR, L"GBL_wd_prj", RTSTR, L"x"), "nil");
+    EXPECT_TRUE(output().contains("cannot be set")) << output().toStdString();
 
-    EXPECT_EQ(call(L"zel_gbl_set", RTSTR, L"GBL_wd_prj", RTSTR, L"x"), QStringLiteral("nil"));
-    EXPECT_TRUE(output().contains(QStringLiteral("cannot be set"))) << output().toStdString();
-}
-
-TEST_F(LispProject, GetVarMakesTheUserFolderAndFallsBackOnVariablesAndGlobals) {
-    ASSERT_TRUE(openWithAddon());
-    const QString folder = path(QStringLiteral("data/Zel/User/"));
-    QDir(folder).removeRecursively();
-    EXPECT_EQ(call(L"zel_get_var", RTSTR, L"GBL_wd_usr"), quoted(folder));
-    EXPECT_TRUE(QFileInfo(folder).isDir());
-
-    ASSERT_TRUE(ovcore::lisp::evalString(QStringLiteral("(setq WD_TEST_VAR 42)")).ok);
-    EXPECT_EQ(call(L"zel_get_var", RTSTR, L"WD_TEST_VAR"), QStringLiteral("42"));
-    // A function is no variable: the add-on's global of that name, none here.
-    EXPECT_EQ(call(L"zel_get_var", RTSTR, L"zel_get_var"), QStringLiteral("nil"));
-    EXPECT_EQ(call(L"zel_gbl_set", RTSTR, L"GBL_wd_test", RTSTR, L"global"), QStringLiteral("T"));
-    EXPECT_EQ(call(L"zel_get_var", RTSTR, L"GBL_wd_test"), QStringLiteral(R"("global")"));
-    EXPECT_EQ(call(L"zel_get_var", RTSTR, L"NO_SUCH_VARIABLE"), QStringLiteral("nil"));
+    // The user folder is made when asked for.
+    EXPECT_EQ(call(L"zel_get_var", RTSTR, L"GBL_wd_usr"), quoted(path("data/Zel/User/")));
+    EXPECT_TRUE(QFileInfo(path("data/Zel/User/")).isDir());
+    // Other names: the document's variable, else the add-on's global value, else nil; a
+    // function is no variable.
+    ASSERT_TRUE(ovcore::lisp::evalString("(setq WD_TEST_VAR 42)").ok);
+    EXPECT_EQ(call(L"zel_get_var", RTSTR, L"WD_TEST_VAR"), "42");
+    EXPECT_EQ(call(L"zel_get_var", RTSTR, L"zel_get_var"), "nil");
+    EXPECT_EQ(call(L"zel_gbl_set", RTSTR, L"GBL_wd_test", RTSTR, L"global"), "T");
+    EXPECT_EQ(call(L"zel_get_var", RTSTR, L"GBL_wd_test"), R"("global")");
+    EXPECT_EQ(call(L"zel_get_var", RTSTR, L"NO_SUCH_VARIABLE"), "nil");
     GblPm_SetGblValue(L"GBL_wd_test", nullptr);
 }
 
@@ -127,13 +114,11 @@ TEST_F(LispProject, BadArgumentsAnswerNilWithAMessageAndNoError) {
          ovutBuildList(RTSTR, L"c:zel_upd_unlock_dwgs", RTSHORT, 5, RTSHORT, 1, 0)},
     };
     for (const auto& [function, chain] : cases) {
-        clearOutput();
-        int status = 0;
-        EXPECT_EQ(invoke(chain, &status), QStringLiteral("nil")) << function;
-        EXPECT_EQ(status, RTNORM) << function;
+        m_output.clear();
+        EXPECT_EQ(invoke(chain), "nil") << function;
         EXPECT_TRUE(output().contains(QString::fromLatin1(function) + u':'))
             << output().toStdString();
-        EXPECT_FALSE(output().contains(QStringLiteral("; error"))) << output().toStdString();
+        EXPECT_FALSE(output().contains("; error")) << output().toStdString();
     }
 }
 

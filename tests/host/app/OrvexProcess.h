@@ -1,10 +1,11 @@
 #pragma once
 
+#include "ovdb/ovdb.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -50,6 +51,18 @@ public:
     static Result batch(const QStringList& arguments) {
         return OrvexProcess().run(QStringList{"--batch", "--no-module"} + arguments);
     }
+    static QStringList evals(const QStringList& expressions) {
+        QStringList arguments;
+        for (const QString& expression : expressions)
+            arguments << QStringLiteral("--eval") << expression;
+        return arguments;
+    }
+    // The lines of the output that start with `prefix`, in order.
+    static QStringList linesOf(const QString& out, const QString& prefix) {
+        QStringList lines = out.split(u'\n');
+        lines.removeIf([&](const QString& line) { return !line.startsWith(prefix); });
+        return lines;
+    }
 
     static QString testModule() { return QStringLiteral(ORVEX_TEST_MODULE); }
 
@@ -60,10 +73,27 @@ public:
         out.write(text);
         return path;
     }
-
     static QByteArray readFile(const QString& path) {
         QFile in(path);
         return in.open(QIODevice::ReadOnly) ? in.readAll() : QByteArray();
+    }
+
+    // A new drawing with one more layer, saved by the host's own database.
+    static QString writeDrawing(const QString& path, const QString& layerName) {
+        OvDbDatabase db;
+        OvDbLayerTable* table = nullptr;
+        EXPECT_EQ(db.getSymbolTable(table, OvDb::kForWrite), Orvex::eOk);
+        auto* layer = new OvDbLayerTableRecord();
+        layer->setName(layerName);
+        EXPECT_EQ(table->add(layer), Orvex::eOk);
+        layer->close();
+        table->close();
+        EXPECT_EQ(db.saveAs(path.toStdWString().c_str()), Orvex::eOk);
+        return path;
+    }
+    // Whether a drawing file holds a layer of that name, as the host writes it.
+    static bool hasLayer(const QString& path, const QString& layerName) {
+        return readFile(path).contains("\"name\":\"" + layerName.toUtf8() + "\"");
     }
 
 private:

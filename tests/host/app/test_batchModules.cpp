@@ -1,21 +1,10 @@
 // Modules and the add-on in a batch run: which are loaded by default and on request, a
 // module's LISP function called with every kind of value, its failures, and the add-on's
-// Scheme start-up files in every drawing.
+// start-up files in every drawing.
 
-#include "DrawingFiles.h"
 #include "OrvexProcess.h"
 
 namespace {
-
-// The lines that start with `prefix`, in order.
-QStringList linesOf(const QString& out, const QString& prefix) {
-    QStringList lines;
-    for (const QString& line : out.split(u'\n')) {
-        if (line.startsWith(prefix))
-            lines << line;
-    }
-    return lines;
-}
 
 const QString kModule = QStringLiteral("[testmodule]");
 
@@ -27,7 +16,7 @@ TEST(OrvexModules, AModuleFunctionGetsEveryKindOfValueAndGivesItBack) {
     EXPECT_TRUE(r.out.contains(
         QStringLiteral("\n(\"text \\\"q\\\" é\" 7 -40000 2.5 (1 (\"b\") nil) nil T)\n")))
         << r.out.toStdString();
-    EXPECT_EQ(linesOf(r.out, kModule),
+    EXPECT_EQ(OrvexProcess::linesOf(r.out, kModule),
               QStringList({"[testmodule] attach with instance", "[testmodule] message 1",
                            "[testmodule] message 3 Drawing1.dwg",
                            "[testmodule] reactor: Drawing1.dwg to be destroyed",
@@ -63,59 +52,44 @@ TEST(OrvexModules, TheModuleBesideOrvexIsLoadedUnlessAnotherOrNoneIsAsked) {
     OrvexProcess orvex;
     orvex.setProgram(program);
     const QStringList echo = {"--eval", "(tm_echo 1)"};
-
-    auto r = orvex.run(QStringList{"--batch"} + echo);
-    EXPECT_EQ(r.exitCode, 0) << r.out.toStdString();
-    EXPECT_EQ(linesOf(r.out, "[testmodule] message 1").size(), 1);
-    EXPECT_TRUE(r.out.contains(QLatin1String("\n(1)\n"))) << r.out.toStdString();
-
-    r = orvex.run(QStringList{"--batch", "--module", OrvexProcess::testModule()} + echo);
-    EXPECT_EQ(r.exitCode, 0) << r.out.toStdString();
-    EXPECT_EQ(linesOf(r.out, "[testmodule] message 1").size(), 1) << "instead, not as well";
-
-    r = orvex.run(QStringList{"--batch", "--no-module"} + echo);
+    for (const QStringList& modules : {QStringList{}, {"--module", OrvexProcess::testModule()}}) {
+        const auto r = orvex.run(QStringList{"--batch"} + modules + echo);
+        EXPECT_EQ(r.exitCode, 0) << r.out.toStdString();
+        EXPECT_EQ(OrvexProcess::linesOf(r.out, "[testmodule] message 1").size(), 1)
+            << "instead, not as well";
+        EXPECT_TRUE(r.out.contains(QLatin1String("\n(1)\n"))) << r.out.toStdString();
+    }
+    const auto r = orvex.run(QStringList{"--batch", "--no-module"} + echo);
     EXPECT_EQ(r.exitCode, 1);
-    EXPECT_TRUE(linesOf(r.out, kModule).isEmpty()) << r.out.toStdString();
+    EXPECT_TRUE(OrvexProcess::linesOf(r.out, kModule).isEmpty()) << r.out.toStdString();
 }
 
-TEST(OrvexModules, StartupFilesReachEveryDrawingInNameOrderBeforeTheModules) {
+TEST(OrvexModules, AddOnStartupFilesReachEveryDrawingBeforeTheAddOnModule) {
     QTemporaryDir folder;
     OrvexProcess::writeFile(folder.filePath("addon/addon-lisp/20-second.scm"),
                             "(setq order (append order (list \"second\")))\n"
                             "(princ \"[startup] second\\n\")\n");
     OrvexProcess::writeFile(folder.filePath("addon/addon-lisp/10-first.scm"),
                             "(define order (list \"first\"))\n(princ \"[startup] first\\n\")\n");
+    OrvexProcess::writeFile(folder.filePath("addon/addon-lisp/30-broken.scm"),
+                            "(princ \"[startup] broken\\n\")\n(car 5)\n");
     OrvexProcess::writeFile(folder.filePath("addon/addon-lisp/notes.txt"), "(not loaded\n");
-    ASSERT_TRUE(drawingfiles::write(folder.filePath("a.dwg"), "A"));
-    ASSERT_TRUE(drawingfiles::write(folder.filePath("b.dwg"), "B"));
-
+    ASSERT_TRUE(QFile::copy(OrvexProcess::testModule(), folder.filePath("addon/ZelAddonLisp.ovm")));
     OrvexProcess orvex;
     orvex.setAddonFolder(folder.filePath("addon"));
-    const auto r = orvex.run({"--batch", "--module", OrvexProcess::testModule(), "--eval", "order",
-                              folder.filePath("a.dwg"), folder.filePath("b.dwg")});
-    EXPECT_EQ(r.exitCode, 0) << r.out.toStdString();
-    EXPECT_EQ(
-        linesOf(r.out, "[startup]") + linesOf(r.out, "[testmodule] message 3"),
-        QStringList({"[startup] first", "[startup] second", "[startup] first", "[startup] second",
-                     "[testmodule] message 3 a.dwg", "[testmodule] message 3 b.dwg"}));
+    const auto r = orvex.run({"--batch", "--no-module", "--eval", "order",
+                              OrvexProcess::writeDrawing(folder.filePath("a.dwg"), "A"),
+                              OrvexProcess::writeDrawing(folder.filePath("b.dwg"), "B")});
+    EXPECT_EQ(r.exitCode, 1) << "for the broken start-up file";
+    EXPECT_EQ(r.out.count(QLatin1String("; error: ")), 2) << r.out.toStdString();
+    const QStringList startup = {"[startup] first", "[startup] second", "[startup] broken"};
+    const QStringList seen = OrvexProcess::linesOf(r.out, "[startup]") +
+                             OrvexProcess::linesOf(r.out, "[testmodule] message 3");
+    const QStringList messages{"[testmodule] message 3 a.dwg", "[testmodule] message 3 b.dwg"};
+    EXPECT_EQ(seen, startup + startup + messages);
     EXPECT_LT(r.out.lastIndexOf(QLatin1String("[startup]")),
               r.out.indexOf(QLatin1String("[testmodule]")));
     EXPECT_TRUE(r.out.contains(QLatin1String("\n(\"first\" \"second\")\n"))) << r.out.toStdString();
-}
-
-TEST(OrvexModules, TheAddOnModuleComesFromTheAddOnFolderAndABadStartupFileGivesExit1) {
-    QTemporaryDir folder;
-    ASSERT_TRUE(QFile::copy(OrvexProcess::testModule(), folder.filePath("ZelAddonLisp.ovm")));
-    OrvexProcess::writeFile(folder.filePath("addon-lisp/broken.scm"),
-                            "(princ \"[startup] broken\\n\")\n(car 5)\n");
-    OrvexProcess orvex;
-    orvex.setAddonFolder(folder.path());
-    const auto r = orvex.run({"--batch", "--no-module", "--eval", "(tm_echo \"addon\")"});
-    EXPECT_EQ(r.exitCode, 1);
-    EXPECT_EQ(linesOf(r.out, "[startup] broken").size(), 1) << r.out.toStdString();
-    EXPECT_TRUE(r.out.contains(QLatin1String("; error: "))) << r.out.toStdString();
-    EXPECT_EQ(linesOf(r.out, "[testmodule] message 1").size(), 1) << r.out.toStdString();
-    EXPECT_TRUE(r.out.contains(QLatin1String("\n(\"addon\")\n"))) << r.out.toStdString();
 }
 
 } // namespace

@@ -5,14 +5,7 @@
 
 namespace {
 
-QStringList evals(const QStringList& expressions) {
-    QStringList arguments;
-    for (const QString& expression : expressions)
-        arguments << QStringLiteral("--eval") << expression;
-    return arguments;
-}
-
-TEST(OrvexCommandLine, HelpSucceedsAndNoBatchPointsToIt) {
+TEST(OrvexCommandLine, HelpSucceedsAndWrongCommandLinesExit2RunningNothing) {
     auto r = OrvexProcess().run({"--help"});
     EXPECT_EQ(r.exitCode, 0) << r.err.toStdString();
     for (const char* option :
@@ -22,46 +15,40 @@ TEST(OrvexCommandLine, HelpSucceedsAndNoBatchPointsToIt) {
     r = OrvexProcess().run({});
     EXPECT_EQ(r.exitCode, 2);
     EXPECT_TRUE(r.err.contains(QLatin1String("--batch"))) << r.err.toStdString();
-}
 
-TEST(OrvexCommandLine, WrongCommandLinesExit2AndRunNothing) {
     const QList<QStringList> wrong = {
         {"--batch", "--frobnicate"},
         {"--batch", "--eval"},
         {"--batch", "--save", "--save-as", "x.dwg"},
         {"--batch", "--module", "m.ovm", "--no-module"},
         {"--batch", "--save=yes"},
-        {"--eval", "(princ \"ran\")"},
+        {},
     };
     for (const QStringList& arguments : wrong) {
-        const auto r = OrvexProcess().run(QStringList{"--eval", "(princ \"ran\")"} + arguments);
+        r = OrvexProcess().run(QStringList{"--eval", "(princ \"ran\")"} + arguments);
         EXPECT_EQ(r.exitCode, 2) << arguments.join(u' ').toStdString();
         EXPECT_TRUE(r.err.startsWith(QLatin1String("orvex: "))) << r.err.toStdString();
         EXPECT_TRUE(r.out.isEmpty()) << r.out.toStdString();
     }
 }
 
-TEST(OrvexEval, ValuesPrintInLispNotationAndExit0) {
-    const auto r = OrvexProcess::batch(evals({"(+ 1 2)", "nil", "T", R"("say \"hi\" Größe")",
-                                              R"((list 1 "a" (list 2.5 nil) (cons 3 4)))"}) +
-                                       QStringList{"--eval=(* 6 7)"});
-    EXPECT_EQ(r.exitCode, 0) << r.err.toStdString();
-    EXPECT_EQ(r.out, QStringLiteral("3\nnil\nT\n\"say \\\"hi\\\" Größe\"\n"
-                                    "(1 \"a\" (2.5 nil) (3 . 4))\n42\n"));
-}
-
-TEST(OrvexEval, EachValueStartsALineOfItsOwn) {
+TEST(OrvexEval, ValuesPrintInLispNotationEachOnALineOfItsOwn) {
     // Text without a final newline gets one before the value, text that ends its line gets
     // no blank line, and a value that prints as nothing gives no line.
     const auto r =
-        OrvexProcess::batch(evals({R"((princ "abc"))", "(progn (princ \"def\n\") 5)", "(princ)",
-                                   "(progn (princ \"ghi\") (princ))", "(+ 1 1)"}));
+        OrvexProcess::batch(OrvexProcess::evals({"(+ 1 2)", "nil", "T", R"("say \"hi\" Größe")",
+                                                 R"((list 1 "a" (list 2.5 nil) (cons 3 4)))",
+                                                 R"((princ "abc"))", "(progn (princ \"def\n\") 5)",
+                                                 "(princ)", "(progn (princ \"ghi\") (princ))"}) +
+                            QStringList{"--eval=(* 6 7)"});
     EXPECT_EQ(r.exitCode, 0) << r.err.toStdString();
-    EXPECT_EQ(r.out, QStringLiteral("abc\n\"abc\"\ndef\n5\nghi\n2\n"));
+    EXPECT_EQ(r.out.toStdString(),
+              "3\nnil\nT\n\"say \\\"hi\\\" Größe\"\n(1 \"a\" (2.5 nil) (3 . 4))\n"
+              "abc\n\"abc\"\ndef\n5\nghi\n42\n");
 }
 
 TEST(OrvexEval, ALispErrorIsPrintedAndTheRunGoesOnToExit1) {
-    const auto r = OrvexProcess::batch(evals({"(car \"text\")", "(+ 2 2)", "(+ 1"}));
+    const auto r = OrvexProcess::batch(OrvexProcess::evals({"(car \"text\")", "(+ 2 2)", "(+ 1"}));
     EXPECT_EQ(r.exitCode, 1);
     EXPECT_EQ(r.out.count(QLatin1String("; error: ")), 2) << r.out.toStdString();
     EXPECT_GT(r.out.indexOf(QLatin1String("\n4\n")), r.out.indexOf(QLatin1String("; error: ")));
@@ -76,15 +63,13 @@ TEST(OrvexEval, ExpressionsComeFirstThenScriptsAndABadScriptGivesExit1) {
         "(setq trail (append trail (list \"s2\")))\n(car 5)\n(princ \"after\")");
     const QString third = OrvexProcess::writeFile(folder.filePath("third.lsp"), "trail\n");
     auto r = OrvexProcess::batch({"--script", first, "--eval", "(setq trail (list \"e1\"))",
-                                  "--script", second, "--script", third});
+                                  "--script", second, "--script", third, "--script",
+                                  folder.filePath("missing.lsp")});
     EXPECT_EQ(r.exitCode, 1);
     EXPECT_TRUE(r.out.startsWith(QLatin1String("(\"e1\")\none\n\"one\"\n"))) << r.out.toStdString();
-    EXPECT_TRUE(r.out.endsWith(QLatin1String("\n(\"e1\" \"s1\" \"s2\")\n"))) << r.out.toStdString();
+    EXPECT_TRUE(r.out.contains(QLatin1String("\n(\"e1\" \"s1\" \"s2\")\n"))) << r.out.toStdString();
     EXPECT_FALSE(r.out.contains(QLatin1String("after"))) << "the failing script stops at its error";
-
-    r = OrvexProcess::batch({"--script", folder.filePath("missing.lsp"), "--eval", "T"});
-    EXPECT_EQ(r.exitCode, 1);
-    EXPECT_TRUE(r.out.contains(QLatin1String("; error: "))) << r.out.toStdString();
+    EXPECT_EQ(r.out.count(QLatin1String("; error: ")), 2) << r.out.toStdString();
     EXPECT_TRUE(r.out.contains(QLatin1String("missing.lsp"))) << r.out.toStdString();
 }
 

@@ -1,32 +1,23 @@
 // Editor input without a window: picks and file names from the batch queues, help at the
 // command line, and a provider that takes the batch queues' place.
-#include "test_cadFixture.h"
+#include "OvcoreTest.h"
 
 #include "ovcore/OvEdInput.h"
 #include "ovcore/OvEdInputProvider.h"
 
 namespace {
 
-class EdInput : public CadFixture {
+class EdInput : public OvcoreTest {
 protected:
     void SetUp() override {
-        CadFixture::SetUp();
+        OvcoreTest::SetUp();
+        newDocument();
         eval("(entmake '((0 . \"LINE\") (10 1.0 2.0 0.0) (11 3.0 4.0 0.0)))");
         eval("(setq ln (entlast))");
         eval("(entmake '((0 . \"INSERT\") (2 . \"WD_M\") (66 . 1) (10 7.0 8.0 0.0)))"
              "(entmake '((0 . \"ATTRIB\") (2 . \"T\") (1 . \"x\") (10 9.0 9.0 0.0)))"
              "(entmake '((0 . \"SEQEND\")))");
         eval("(setq ins (entlast) att (entnext ins))");
-    }
-
-    // The entity name a LISP variable holds.
-    void nameOf(const char* variable, ov_name name) {
-        const std::string words = eval(std::string("(list (entity-name-word0 ") + variable +
-                                       ") (entity-name-word1 " + variable + "))");
-        const QStringList parts =
-            QString::fromStdString(words.substr(1, words.size() - 2)).split(QLatin1Char(' '));
-        name[0] = parts.at(0).toLongLong();
-        name[1] = parts.at(1).toLongLong();
     }
 };
 
@@ -38,31 +29,29 @@ TEST_F(EdInput, PicksComeFromTheQueueInOrder) {
     EXPECT_EQ(eval("(equal (entsel) (list ln '(1.0 2.0 0.0)))"), "T");
     EXPECT_EQ(eval("(cadr (entsel \"\\nPick a wire: \"))"), "(2.0 3.0 0.0)");
     EXPECT_EQ(eval("(equal (entsel) (list ins '(9.0 9.0 0.0)))"), "T");
-    std::string value;
-    EXPECT_NE(printed("(entsel)", &value).find("*Cancel*"), std::string::npos);
+    QString value;
+    EXPECT_TRUE(printed("(entsel)", &value).contains("*Cancel*"));
     EXPECT_EQ(value, "nil");
     EXPECT_EQ(OvEdBatchInput::instance().pendingPicks(), 0);
 
     // An empty queue cancels and says so.
-    const std::string out = printed("(entsel \"Which one? \")", &value);
+    const QString out = printed("(entsel \"Which one? \")", &value);
     EXPECT_EQ(value, "nil");
-    EXPECT_NE(out.find("Which one? "), std::string::npos) << out;
-    EXPECT_NE(out.find("no pick is queued"), std::string::npos) << out;
+    EXPECT_TRUE(out.contains("Which one? ") && out.contains("no pick is queued"))
+        << out.toStdString();
 }
 
 TEST_F(EdInput, EntSelStatuses) {
     ov_name line;
-    nameOf("ln", line);
+    entityName("ln", line);
     ov_name picked = {0, 0};
     double point[3] = {0, 0, 0};
 
     OvEdBatchInput::instance().queuePick(line);
     OvEdBatchInput::instance().queuePickCancel();
     EXPECT_EQ(ovedEntSel(L"Select: ", picked, point), RTNORM);
-    EXPECT_EQ(picked[0], line[0]);
-    EXPECT_EQ(picked[1], line[1]);
-    EXPECT_EQ(point[0], 1.0);
-    EXPECT_EQ(point[1], 2.0);
+    EXPECT_TRUE(picked[0] == line[0] && picked[1] == line[1]);
+    EXPECT_TRUE(point[0] == 1.0 && point[1] == 2.0);
     EXPECT_EQ(ovedEntSel(nullptr, picked, point), RTCAN);
     EXPECT_EQ(ovedEntSel(nullptr, picked, point), RTCAN);
 
@@ -72,8 +61,7 @@ TEST_F(EdInput, EntSelStatuses) {
     EXPECT_EQ(ovedEntSel(nullptr, picked, point), RTERROR);
     eval("(entdel ln)");
     ov_name layer;
-    eval("(setq lay (tblobjname \"LAYER\" \"0\"))");
-    nameOf("lay", layer);
+    entityName("(tblobjname \"LAYER\" \"0\")", layer);
     OvEdBatchInput::instance().queuePick(layer);
     EXPECT_EQ(ovedEntSel(nullptr, picked, point), RTERROR);
     const ov_name gone = {line[0] + 1000, line[1]};
@@ -100,11 +88,11 @@ TEST_F(EdInput, FileNamesComeFromTheQueue) {
     // Cancelled, the result stays as it was.
     resbuf untouched{};
     untouched.restype = RTNONE;
-    m_output.clear();
+    clearOutput();
     EXPECT_EQ(ovedGetFileD(L"Save drawing", nullptr, L"dwg", 1, &untouched), RTCAN);
     EXPECT_EQ(untouched.restype, RTNONE);
-    EXPECT_NE(m_output.find("no file name is queued"), std::string::npos) << m_output;
-    EXPECT_NE(m_output.find("Save drawing"), std::string::npos) << m_output;
+    EXPECT_TRUE(output().contains("no file name is queued") && output().contains("Save drawing"))
+        << output().toStdString();
     EXPECT_EQ(ovedGetFileD(L"Open", nullptr, nullptr, 0, nullptr), RTERROR);
 
     expectRefused("(getfiled \"Open\" \"\" \"dwg\" \"0\")", "bad argument type");
@@ -115,13 +103,12 @@ TEST_F(EdInput, FileNamesComeFromTheQueue) {
 }
 
 TEST_F(EdInput, HelpPrintsItsTopic) {
-    EXPECT_NE(printed("(help \"wiretype.md\" \"set_wire_type_dialog\")")
-                  .find("Help: wiretype.md set_wire_type_dialog\n"),
-              std::string::npos);
-    m_output.clear();
+    EXPECT_TRUE(printed("(help \"wiretype.md\" \"set_wire_type_dialog\")")
+                    .contains("Help: wiretype.md set_wire_type_dialog\n"));
+    clearOutput();
     EXPECT_EQ(ovedHelp(L"zel.md", L"import_wire_types_dialog", 1), RTNORM);
-    EXPECT_NE(m_output.find("Help: zel.md import_wire_types_dialog\n"), std::string::npos)
-        << m_output;
+    EXPECT_TRUE(output().contains("Help: zel.md import_wire_types_dialog\n"))
+        << output().toStdString();
 }
 
 // What a desktop program puts in place of the queues.

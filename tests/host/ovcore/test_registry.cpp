@@ -1,12 +1,13 @@
+#include "OvcoreTest.h"
+
 #include "ovcore/OvApDocManagerReactor.h"
 #include "ovcore/OvEdCommandStack.h"
 #include "ovcore/OvRxDynamicLinker.h"
 #include "ovcore/OvRxSystemRegistry.h"
-#include "testmodule/OvTestHost.h"
 
 namespace {
 
-using HostRegistry = OvTestHost;
+using HostRegistry = OvcoreTest;
 
 TEST_F(HostRegistry, SystemRegistryHoldsTheLinkerAndTheCommandStack) {
     OvRxObject* linker = ovrxSysRegistry()->at(L"DynamicLinker");

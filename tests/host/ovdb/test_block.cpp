@@ -1,8 +1,6 @@
 // Blocks, their entities, and block references with attributes.
 
-#include "ovdb/ovdb.h"
-
-#include <gtest/gtest.h>
+#include "OvdbTest.h"
 
 #include <cmath>
 
@@ -10,24 +8,12 @@ namespace {
 
 using namespace Orvex;
 
-class Blocks : public ::testing::Test {
+class Blocks : public OvdbTest {
 protected:
     void SetUp() override {
-        OvDbLayerTable* table = nullptr;
-        ASSERT_EQ(db.getSymbolTable(table, OvDb::kForWrite), eOk);
-        auto* layer = new OvDbLayerTableRecord();
-        layer->setName(L"WIRE_RED");
-        ASSERT_EQ(table->add(wireLayer, layer), eOk);
-        layer->close();
-        table->close();
+        OvdbTest::SetUp();
+        wireLayer = addLayer(QStringLiteral("WIRE_RED"));
     }
-    void TearDown() override {
-        EXPECT_EQ(ovdbOpenObjectCount(), 0u)
-            << ovdbOpenObjectDescriptions().join('\n').toStdString();
-        EXPECT_EQ(ovdbTakeProtocolViolations(), QStringList());
-    }
-
-    OvDbDatabase db;
     OvDbObjectId wireLayer;
 };
 
@@ -65,18 +51,12 @@ TEST_F(Blocks, EntitiesGoOnTheirLayerOrTheCurrentOne) {
 }
 
 TEST_F(Blocks, IteratorWalksEntitiesInDrawingOrder) {
-    OvDbBlockTableRecord* model = nullptr;
-    ASSERT_EQ(ovdbOpenObject(model, db.modelSpaceId(), OvDb::kForWrite), eOk);
     std::vector<OvDbObjectId> ids;
-    for (int i = 0; i < 4; ++i) {
-        auto* line = new OvDbLine(OvGePoint3d(i, 0, 0), OvGePoint3d(i, 1, 0));
-        OvDbObjectId id;
-        model->appendOvDbEntity(line, id);
-        if (i == 1)
-            line->erase();
-        line->close();
-        ids.push_back(id);
-    }
+    for (int i = 0; i < 4; ++i)
+        ids.push_back(addLine(db, i));
+    setErased(ids[1]);
+    OvDbBlockTableRecord* model = nullptr;
+    ASSERT_EQ(ovdbOpenObject(model, db.modelSpaceId(), OvDb::kForRead), eOk);
     OvDbBlockTableRecordIterator* it = nullptr;
     ASSERT_EQ(model->newIterator(it), eOk);
     model->close();
@@ -139,18 +119,13 @@ TEST_F(Blocks, ReferenceOwnsItsAttributes) {
     sheet->close();
     EXPECT_EQ(reference->blockTableRecord(), wdm);
 
-    OvDbObjectIterator* it = reference->attributeIterator();
-    QStringList seen;
     std::vector<OvDbObjectId> attributeIds;
-    for (; !it->done(); it->step()) {
-        OvDbAttribute* attribute = nullptr;
-        ASSERT_EQ(ovdbOpenObject(attribute, it->objectId(), OvDb::kForRead), eOk);
-        seen << attribute->tag() + '=' + attribute->textString();
+    OvDbObjectIterator* it = reference->attributeIterator();
+    for (; !it->done(); it->step())
         attributeIds.push_back(it->objectId());
-        attribute->close();
-    }
     delete it;
-    EXPECT_EQ(seen, (QStringList{"WIRELAYS=WIR*", "SHEET=01"}));
+    ASSERT_EQ(attributeIds.size(), 2u);
+    EXPECT_EQ(attributeIds[1], sheetId);
 
     ASSERT_EQ(reference->erase(), eOk);
     for (OvDbObjectId id : attributeIds)

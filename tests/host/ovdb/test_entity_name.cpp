@@ -1,28 +1,16 @@
 // Entity names of the LISP bridge: good for the session, refused once their drawing is gone.
 
-#include "ovdb/ovdb.h"
-
-#include <gtest/gtest.h>
+#include "OvdbTest.h"
 
 namespace {
 
 using namespace Orvex;
 
-OvDbObjectId addLine(OvDbDatabase& db) {
-    OvDbBlockTableRecord* model = nullptr;
-    EXPECT_EQ(ovdbOpenObject(model, db.modelSpaceId(), OvDb::kForWrite), eOk);
-    auto* line = new OvDbLine(OvGePoint3d(0, 0, 0), OvGePoint3d(1, 1, 0));
-    OvDbObjectId id;
-    model->appendOvDbEntity(id, line);
-    line->close();
-    model->close();
-    return id;
-}
+using EntityName = OvdbTest;
 
-TEST(EntityName, NameLeadsBackToItsObject) {
-    OvDbDatabase first;
+TEST_F(EntityName, NameLeadsBackToItsObject) {
     OvDbDatabase second;
-    const OvDbObjectId a = addLine(first);
+    const OvDbObjectId a = addLine(db);
     const OvDbObjectId b = addLine(second);
     EXPECT_EQ(a.handle(), b.handle()) << "same handle, different drawings";
 
@@ -34,15 +22,12 @@ TEST(EntityName, NameLeadsBackToItsObject) {
     EXPECT_EQ(id, b);
 
     // An erased entity keeps its name, so that it can be brought back.
-    OvDbObject* line = nullptr;
-    ASSERT_EQ(ovdbOpenObject(line, b, OvDb::kForWrite), eOk);
-    line->erase();
-    line->close();
+    setErased(b);
     ASSERT_EQ(ovdbGetObjectId(id, name), RTNORM);
     EXPECT_TRUE(id.isErased());
 }
 
-TEST(EntityName, NamesOfNothingAreRefused) {
+TEST_F(EntityName, NamesOfNothingAreRefused) {
     ov_name name = {7, 7};
     EXPECT_EQ(ovdbGetOvName(name, OvDbObjectId::kNull), RTERROR);
     EXPECT_EQ(name[0], 0);
@@ -57,7 +42,6 @@ TEST(EntityName, NamesOfNothingAreRefused) {
     EXPECT_EQ(ovdbGetObjectId(id, name), RTERROR);
     EXPECT_TRUE(id.isNull());
 
-    OvDbDatabase db;
     const OvDbObjectId line = addLine(db);
     ASSERT_EQ(ovdbGetOvName(name, line), RTNORM);
     name[1] = 0xFFFFFF;
