@@ -13,12 +13,7 @@ OvDbBlockTable::~OvDbBlockTable() = default;
 
 Orvex::ErrorStatus OvDbBlockTable::getAt(const wchar_t* name, OvDbBlockTableRecord*& record,
                                          OvDb::OpenMode mode, bool openErasedRecord) const {
-    record = nullptr;
-    OvDbObjectId id;
-    const Orvex::ErrorStatus es = getIdAt(name, id, openErasedRecord);
-    if (es != Orvex::eOk)
-        return es;
-    return ovdbOpenObject(record, id, mode, openErasedRecord);
+    return getTypedAt(name, record, mode, openErasedRecord);
 }
 
 Orvex::ErrorStatus OvDbBlockTable::newIterator(OvDbBlockTableIterator*& iterator, bool atBeginning,

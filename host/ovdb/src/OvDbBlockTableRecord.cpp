@@ -2,6 +2,7 @@
 
 #include "OvDbAccess.h"
 #include "OvDbClassMacros.h"
+#include "OvDbIdCursor.h"
 #include "ovdb/OvDbBlockTableRecordIterator.h"
 #include "ovdb/OvDbEntity.h"
 #include "ovdb/ovdbOpenObject.h"
@@ -95,34 +96,16 @@ const std::vector<OvDbObjectId>* OvDbBlockTableRecordIterator::entities() const 
     return block ? &block->m_entities : nullptr;
 }
 
-void OvDbBlockTableRecordIterator::skipErased(bool forward) {
-    const auto* list = entities();
-    if (!list)
-        return;
-    const auto size = static_cast<long long>(list->size());
-    while (m_pos >= 0 && m_pos < size && !OvDbAccess::isLive((*list)[m_pos].stub()))
-        m_pos += forward ? 1 : -1;
-}
-
 void OvDbBlockTableRecordIterator::start(bool atBeginning, bool skipDeleted) {
-    const auto* list = entities();
-    const long long size = list ? static_cast<long long>(list->size()) : 0;
-    m_pos = atBeginning ? 0 : size - 1;
-    if (skipDeleted)
-        skipErased(atBeginning);
+    ovdbcursor::start(entities(), m_pos, atBeginning, skipDeleted);
 }
 
 bool OvDbBlockTableRecordIterator::done() const {
-    const auto* list = entities();
-    return !list || m_pos < 0 || m_pos >= static_cast<long long>(list->size());
+    return ovdbcursor::done(entities(), m_pos);
 }
 
 void OvDbBlockTableRecordIterator::step(bool forward, bool skipDeleted) {
-    if (done())
-        return;
-    m_pos += forward ? 1 : -1;
-    if (skipDeleted)
-        skipErased(forward);
+    ovdbcursor::step(entities(), m_pos, forward, skipDeleted);
 }
 
 Orvex::ErrorStatus OvDbBlockTableRecordIterator::getEntityId(OvDbObjectId& id) const {
@@ -131,7 +114,7 @@ Orvex::ErrorStatus OvDbBlockTableRecordIterator::getEntityId(OvDbObjectId& id) c
 }
 
 OvDbObjectId OvDbBlockTableRecordIterator::entityId() const {
-    return done() ? OvDbObjectId() : (*entities())[m_pos];
+    return ovdbcursor::current(entities(), m_pos);
 }
 
 Orvex::ErrorStatus OvDbBlockTableRecordIterator::getEntity(OvDbEntity*& entity, OvDb::OpenMode mode,

@@ -18,12 +18,7 @@ OvDbLayerTable::~OvDbLayerTable() = default;
 
 Orvex::ErrorStatus OvDbLayerTable::getAt(const wchar_t* name, OvDbLayerTableRecord*& record,
                                          OvDb::OpenMode mode, bool openErasedRecord) const {
-    record = nullptr;
-    OvDbObjectId id;
-    const Orvex::ErrorStatus es = getIdAt(name, id, openErasedRecord);
-    if (es != Orvex::eOk)
-        return es;
-    return ovdbOpenObject(record, id, mode, openErasedRecord);
+    return getTypedAt(name, record, mode, openErasedRecord);
 }
 
 Orvex::ErrorStatus OvDbLayerTable::newIterator(OvDbLayerTableIterator*& iterator, bool atBeginning,

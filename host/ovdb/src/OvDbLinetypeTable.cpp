@@ -13,12 +13,7 @@ OvDbLinetypeTable::~OvDbLinetypeTable() = default;
 
 Orvex::ErrorStatus OvDbLinetypeTable::getAt(const wchar_t* name, OvDbLinetypeTableRecord*& record,
                                             OvDb::OpenMode mode, bool openErasedRecord) const {
-    record = nullptr;
-    OvDbObjectId id;
-    const Orvex::ErrorStatus es = getIdAt(name, id, openErasedRecord);
-    if (es != Orvex::eOk)
-        return es;
-    return ovdbOpenObject(record, id, mode, openErasedRecord);
+    return getTypedAt(name, record, mode, openErasedRecord);
 }
 
 Orvex::ErrorStatus OvDbLinetypeTable::newIterator(OvDbLinetypeTableIterator*& iterator,

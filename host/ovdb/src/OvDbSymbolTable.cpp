@@ -2,6 +2,7 @@
 
 #include "OvDbAccess.h"
 #include "OvDbClassMacros.h"
+#include "OvDbIdCursor.h"
 #include "ovdb/OvDbLayerTableRecord.h"
 #include "ovdb/OvDbSymbolTableIterator.h"
 #include "ovdb/OvDbSymbolTableRecord.h"
@@ -179,34 +180,16 @@ const std::vector<OvDbObjectId>* OvDbSymbolTableIterator::records() const {
     return table ? &table->m_records : nullptr;
 }
 
-void OvDbSymbolTableIterator::skipErased(bool forward) {
-    const auto* list = records();
-    if (!list)
-        return;
-    const auto size = static_cast<long long>(list->size());
-    while (m_pos >= 0 && m_pos < size && !OvDbAccess::isLive((*list)[m_pos].stub()))
-        m_pos += forward ? 1 : -1;
-}
-
 void OvDbSymbolTableIterator::start(bool atBeginning, bool skipDeleted) {
-    const auto* list = records();
-    const long long size = list ? static_cast<long long>(list->size()) : 0;
-    m_pos = atBeginning ? 0 : size - 1;
-    if (skipDeleted)
-        skipErased(atBeginning);
+    ovdbcursor::start(records(), m_pos, atBeginning, skipDeleted);
 }
 
 bool OvDbSymbolTableIterator::done() const {
-    const auto* list = records();
-    return !list || m_pos < 0 || m_pos >= static_cast<long long>(list->size());
+    return ovdbcursor::done(records(), m_pos);
 }
 
 void OvDbSymbolTableIterator::step(bool forward, bool skipDeleted) {
-    if (done())
-        return;
-    m_pos += forward ? 1 : -1;
-    if (skipDeleted)
-        skipErased(forward);
+    ovdbcursor::step(records(), m_pos, forward, skipDeleted);
 }
 
 Orvex::ErrorStatus OvDbSymbolTableIterator::getRecordId(OvDbObjectId& id) const {
@@ -215,7 +198,7 @@ Orvex::ErrorStatus OvDbSymbolTableIterator::getRecordId(OvDbObjectId& id) const 
 }
 
 OvDbObjectId OvDbSymbolTableIterator::recordId() const {
-    return done() ? OvDbObjectId() : (*records())[m_pos];
+    return ovdbcursor::current(records(), m_pos);
 }
 
 Orvex::ErrorStatus OvDbSymbolTableIterator::openAs(OvDbSymbolTableRecord*& record, OvRxClass* cls,

@@ -26,7 +26,6 @@ public:
 
 private:
     const std::vector<OvDbObjectId>* entities() const;
-    void skipErased(bool forward);
 
     OvDbObjectId m_block;
     long long m_pos = 0;

@@ -52,6 +52,15 @@ public:
 
 protected:
     OvDbSymbolTable();
+    // getAt for the typed tables: the record opened as the class this table holds.
+    template <class Record>
+    Orvex::ErrorStatus getTypedAt(const wchar_t* name, Record*& record, OvDb::OpenMode mode,
+                                  bool openErasedRecord) const {
+        OvDbSymbolTableRecord* opened = nullptr;
+        const Orvex::ErrorStatus es = getAt(name, opened, mode, openErasedRecord);
+        record = static_cast<Record*>(opened);
+        return es;
+    }
     // The class of the records this table holds.
     virtual OvRxClass* recordClass() const = 0;
     Orvex::ErrorStatus subErase(bool erasing) override;

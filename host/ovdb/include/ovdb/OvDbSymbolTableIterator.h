@@ -40,7 +40,6 @@ private:
     Orvex::ErrorStatus openAs(OvDbSymbolTableRecord*& record, OvRxClass* cls, OvDb::OpenMode mode,
                               bool openErased) const;
     const std::vector<OvDbObjectId>* records() const;
-    void skipErased(bool forward);
 
     OvDbObjectId m_table;
     // Position in the table's records; -1 or the count when done.
