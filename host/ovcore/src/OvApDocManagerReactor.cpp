@@ -1,9 +1,9 @@
 #include "ovcore/OvApDocManagerReactor.h"
 
-#include "OvCoreClassMacros.h"
 #include "ovcore/OvApDocManager.h"
+#include "ovdb/OvRxClassMacros.h"
 
-OVCORE_DEFINE_CLASS(OvApDocManagerReactor, OvRxObject)
+OVRX_DEFINE_CLASS(OvApDocManagerReactor, OvRxObject)
 
 // A reactor that goes without removing itself must not be told anything afterwards.
 OvApDocManagerReactor::~OvApDocManagerReactor() {

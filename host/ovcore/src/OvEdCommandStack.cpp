@@ -1,13 +1,13 @@
 #include "ovcore/OvEdCommandStack.h"
 
-#include "OvCoreClassMacros.h"
 #include "ovcore/OvModule.h"
 #include "ovcore/OvModuleLoader.h"
+#include "ovdb/OvRxClassMacros.h"
 #include "ovdb/ovut.h"
 
 #include <algorithm>
 
-OVCORE_DEFINE_CLASS(OvEdCommandStack, OvRxObject)
+OVRX_DEFINE_CLASS(OvEdCommandStack, OvRxObject)
 
 namespace {
 

@@ -1,8 +1,8 @@
 #include "ovcore/OvRxDictionary.h"
 
-#include "OvCoreClassMacros.h"
+#include "ovdb/OvRxClassMacros.h"
 
-OVCORE_DEFINE_CLASS(OvRxDictionary, OvRxObject)
+OVRX_DEFINE_CLASS(OvRxDictionary, OvRxObject)
 
 OvRxObject* OvRxDictionary::at(const wchar_t* key) const {
     return key ? at(QString::fromWCharArray(key)) : nullptr;

@@ -1,10 +1,10 @@
 #include "ovcore/OvRxDynamicLinker.h"
 
-#include "OvCoreClassMacros.h"
 #include "ovcore/OvModule.h"
 #include "ovcore/OvModuleLoader.h"
+#include "ovdb/OvRxClassMacros.h"
 
-OVCORE_DEFINE_CLASS(OvRxDynamicLinker, OvRxObject)
+OVRX_DEFINE_CLASS(OvRxDynamicLinker, OvRxObject)
 
 namespace {
 

@@ -1,12 +1,12 @@
 #include "ovdb/OvDbAttribute.h"
 
-#include "OvDbClassMacros.h"
 #include "OvDbDwgReader.h"
 #include "OvDbDwgWriter.h"
+#include "ovdb/OvRxClassMacros.h"
 
 #include <QJsonArray>
 
-OVDB_DEFINE_CLASS(OvDbAttribute, OvDbEntity)
+OVRX_DEFINE_CLASS(OvDbAttribute, OvDbEntity)
 
 OvDbAttribute::OvDbAttribute() = default;
 

@@ -1,16 +1,16 @@
 #include "ovdb/OvDbBlockReference.h"
 
 #include "OvDbAccess.h"
-#include "OvDbClassMacros.h"
 #include "OvDbDwgReader.h"
 #include "OvDbDwgWriter.h"
 #include "ovdb/OvDbAttribute.h"
 #include "ovdb/OvDbBlockTableRecord.h"
 #include "ovdb/OvDbObjectIterator.h"
+#include "ovdb/OvRxClassMacros.h"
 
 #include <QJsonArray>
 
-OVDB_DEFINE_CLASS(OvDbBlockReference, OvDbEntity)
+OVRX_DEFINE_CLASS(OvDbBlockReference, OvDbEntity)
 
 OvDbBlockReference::OvDbBlockReference() = default;
 

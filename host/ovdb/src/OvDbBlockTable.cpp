@@ -1,11 +1,11 @@
 #include "ovdb/OvDbBlockTable.h"
 
-#include "OvDbClassMacros.h"
 #include "ovdb/OvDbBlockTableIterator.h"
 #include "ovdb/OvDbBlockTableRecord.h"
+#include "ovdb/OvRxClassMacros.h"
 #include "ovdb/ovdbOpenObject.h"
 
-OVDB_DEFINE_CLASS(OvDbBlockTable, OvDbSymbolTable)
+OVRX_DEFINE_CLASS(OvDbBlockTable, OvDbSymbolTable)
 
 OvDbBlockTable::OvDbBlockTable() = default;
 

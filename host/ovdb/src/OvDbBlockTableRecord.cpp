@@ -1,13 +1,13 @@
 #include "ovdb/OvDbBlockTableRecord.h"
 
 #include "OvDbAccess.h"
-#include "OvDbClassMacros.h"
 #include "OvDbIdCursor.h"
 #include "ovdb/OvDbBlockTableRecordIterator.h"
 #include "ovdb/OvDbEntity.h"
+#include "ovdb/OvRxClassMacros.h"
 #include "ovdb/ovdbOpenObject.h"
 
-OVDB_DEFINE_CLASS(OvDbBlockTableRecord, OvDbSymbolTableRecord)
+OVRX_DEFINE_CLASS(OvDbBlockTableRecord, OvDbSymbolTableRecord)
 
 OvDbBlockTableRecord::OvDbBlockTableRecord() = default;
 

@@ -1,10 +1,10 @@
 #include "ovdb/OvDbDictionary.h"
 
 #include "OvDbAccess.h"
-#include "OvDbClassMacros.h"
 #include "OvDbDwgReader.h"
 #include "OvDbDwgWriter.h"
 #include "ovdb/OvDbDictionaryIterator.h"
+#include "ovdb/OvRxClassMacros.h"
 #include "ovdb/ovdbOpenObject.h"
 
 #include <QJsonArray>
@@ -21,7 +21,7 @@ bool isLiveEntry(OvDbObjectId id) {
 
 } // namespace
 
-OVDB_DEFINE_CLASS(OvDbDictionary, OvDbObject)
+OVRX_DEFINE_CLASS(OvDbDictionary, OvDbObject)
 
 OvDbDictionary::OvDbDictionary() = default;
 

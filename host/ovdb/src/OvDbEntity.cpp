@@ -1,14 +1,14 @@
 #include "ovdb/OvDbEntity.h"
 
 #include "OvDbAccess.h"
-#include "OvDbClassMacros.h"
 #include "OvDbDwgReader.h"
 #include "OvDbDwgWriter.h"
 #include "ovdb/OvDbHostApplicationServices.h"
 #include "ovdb/OvDbLayerTable.h"
 #include "ovdb/OvDbLayerTableRecord.h"
+#include "ovdb/OvRxClassMacros.h"
 
-OVDB_DEFINE_CLASS(OvDbEntity, OvDbObject)
+OVRX_DEFINE_CLASS(OvDbEntity, OvDbObject)
 
 OvDbEntity::OvDbEntity() = default;
 

@@ -1,16 +1,16 @@
 #include "ovdb/OvDbLayerTable.h"
 
 #include "OvDbAccess.h"
-#include "OvDbClassMacros.h"
 #include "ovdb/OvDbBlockReference.h"
 #include "ovdb/OvDbBlockTable.h"
 #include "ovdb/OvDbBlockTableRecord.h"
 #include "ovdb/OvDbEntity.h"
 #include "ovdb/OvDbLayerTableIterator.h"
 #include "ovdb/OvDbLayerTableRecord.h"
+#include "ovdb/OvRxClassMacros.h"
 #include "ovdb/ovdbOpenObject.h"
 
-OVDB_DEFINE_CLASS(OvDbLayerTable, OvDbSymbolTable)
+OVRX_DEFINE_CLASS(OvDbLayerTable, OvDbSymbolTable)
 
 OvDbLayerTable::OvDbLayerTable() = default;
 

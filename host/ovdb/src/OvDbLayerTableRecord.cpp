@@ -1,14 +1,14 @@
 #include "ovdb/OvDbLayerTableRecord.h"
 
 #include "OvDbAccess.h"
-#include "OvDbClassMacros.h"
 #include "OvDbDwgReader.h"
 #include "OvDbDwgWriter.h"
 #include "ovdb/OvDbLinetypeTableRecord.h"
+#include "ovdb/OvRxClassMacros.h"
 
 #include <QLatin1StringView>
 
-OVDB_DEFINE_CLASS(OvDbLayerTableRecord, OvDbSymbolTableRecord)
+OVRX_DEFINE_CLASS(OvDbLayerTableRecord, OvDbSymbolTableRecord)
 
 OvDbLayerTableRecord::OvDbLayerTableRecord() {
     m_color.setColorIndex(7);

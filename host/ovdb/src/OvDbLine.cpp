@@ -1,12 +1,12 @@
 #include "ovdb/OvDbLine.h"
 
-#include "OvDbClassMacros.h"
 #include "OvDbDwgReader.h"
 #include "OvDbDwgWriter.h"
+#include "ovdb/OvRxClassMacros.h"
 
 #include <QJsonArray>
 
-OVDB_DEFINE_CLASS(OvDbLine, OvDbEntity)
+OVRX_DEFINE_CLASS(OvDbLine, OvDbEntity)
 
 OvDbLine::OvDbLine() = default;
 

@@ -1,11 +1,11 @@
 #include "ovdb/OvDbLinetypeTable.h"
 
-#include "OvDbClassMacros.h"
 #include "ovdb/OvDbLinetypeTableIterator.h"
 #include "ovdb/OvDbLinetypeTableRecord.h"
+#include "ovdb/OvRxClassMacros.h"
 #include "ovdb/ovdbOpenObject.h"
 
-OVDB_DEFINE_CLASS(OvDbLinetypeTable, OvDbSymbolTable)
+OVRX_DEFINE_CLASS(OvDbLinetypeTable, OvDbSymbolTable)
 
 OvDbLinetypeTable::OvDbLinetypeTable() = default;
 

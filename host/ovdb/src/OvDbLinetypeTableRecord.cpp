@@ -1,15 +1,15 @@
 #include "ovdb/OvDbLinetypeTableRecord.h"
 
 #include "OvDbAccess.h"
-#include "OvDbClassMacros.h"
 #include "OvDbDwgReader.h"
 #include "OvDbDwgWriter.h"
+#include "ovdb/OvRxClassMacros.h"
 
 #include <QJsonArray>
 
 #include <cmath>
 
-OVDB_DEFINE_CLASS(OvDbLinetypeTableRecord, OvDbSymbolTableRecord)
+OVRX_DEFINE_CLASS(OvDbLinetypeTableRecord, OvDbSymbolTableRecord)
 
 OvDbLinetypeTableRecord::OvDbLinetypeTableRecord() = default;
 

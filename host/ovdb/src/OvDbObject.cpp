@@ -1,11 +1,11 @@
 #include "ovdb/OvDbObject.h"
 
 #include "OvDbAccess.h"
-#include "OvDbClassMacros.h"
 #include "OvDbDwgReader.h"
 #include "OvDbDwgWriter.h"
 #include "ovdb/OvDbDictionary.h"
 #include "ovdb/OvDbSymbolTableRecord.h"
+#include "ovdb/OvRxClassMacros.h"
 #include "ovdb/ovdbOpenObject.h"
 
 #include <QLoggingCategory>
@@ -41,7 +41,7 @@ constexpr qsizetype kMaxViolationTexts = 200;
 
 } // namespace
 
-OVDB_DEFINE_CLASS(OvDbObject, OvRxObject)
+OVRX_DEFINE_CLASS(OvDbObject, OvRxObject)
 
 OvDbObject::OvDbObject() = default;
 

@@ -1,11 +1,11 @@
 #include "ovdb/OvDbSymbolTable.h"
 
 #include "OvDbAccess.h"
-#include "OvDbClassMacros.h"
 #include "OvDbIdCursor.h"
 #include "ovdb/OvDbLayerTableRecord.h"
 #include "ovdb/OvDbSymbolTableIterator.h"
 #include "ovdb/OvDbSymbolTableRecord.h"
+#include "ovdb/OvRxClassMacros.h"
 #include "ovdb/ovdbOpenObject.h"
 
 namespace {
@@ -20,7 +20,7 @@ QString wide(const wchar_t* text) {
 
 } // namespace
 
-OVDB_DEFINE_CLASS(OvDbSymbolTable, OvDbObject)
+OVRX_DEFINE_CLASS(OvDbSymbolTable, OvDbObject)
 
 OvDbSymbolTable::OvDbSymbolTable() = default;
 

@@ -1,10 +1,10 @@
 #include "ovdb/OvDbSymbolTableRecord.h"
 
 #include "OvDbAccess.h"
-#include "OvDbClassMacros.h"
 #include "OvDbDwgReader.h"
 #include "OvDbDwgWriter.h"
 #include "ovdb/OvDbSymbolTable.h"
+#include "ovdb/OvRxClassMacros.h"
 
 namespace {
 
@@ -21,7 +21,7 @@ OvDbSymbolTable* tableOf(const OvDbSymbolTableRecord* record) {
 
 } // namespace
 
-OVDB_DEFINE_CLASS(OvDbSymbolTableRecord, OvDbObject)
+OVRX_DEFINE_CLASS(OvDbSymbolTableRecord, OvDbObject)
 
 OvDbSymbolTableRecord::OvDbSymbolTableRecord() = default;
 

@@ -1,9 +1,9 @@
 #include "ovdb/OvDbXrecord.h"
 
 #include "OvDbAccess.h"
-#include "OvDbClassMacros.h"
 #include "OvDbDwgReader.h"
 #include "OvDbDwgWriter.h"
+#include "ovdb/OvRxClassMacros.h"
 #include "ovdb/ovut.h"
 
 #include <QJsonArray>
@@ -162,7 +162,7 @@ resbuf* linkFromJson(const QJsonValue& item, QString& problem) {
 
 } // namespace
 
-OVDB_DEFINE_CLASS(OvDbXrecord, OvDbObject)
+OVRX_DEFINE_CLASS(OvDbXrecord, OvDbObject)
 
 OvDbXrecord::OvDbXrecord() = default;
 

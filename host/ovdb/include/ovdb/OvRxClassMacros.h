@@ -2,8 +2,9 @@
 
 #include "ovdb/OvRxClass.h"
 
-// The run-time class functions of the host core's classes.
-#define OVCORE_DEFINE_CLASS(Class, Parent)                                                         \
+// The run-time class functions every class of the host's class registry has: its
+// descriptor, isA and a checked cast. Use in the class's source file.
+#define OVRX_DEFINE_CLASS(Class, Parent)                                                           \
     OvRxClass* Class::desc() {                                                                     \
         static OvRxClass cls(L"" #Class, Parent::desc());                                          \
         return &cls;                                                                               \
