@@ -129,27 +129,39 @@ bool readAttribute(OvDbDatabase* db, const GroupReader& g, AttributeSpec& attrib
 
 // --- Changes to the drawing
 
+// Adds an empty record of that name to a table: a layer or a block that a request names and
+// the drawing does not have yet.
+template <class Table, class Record>
+OvDbObjectId addNamedRecord(OvDbDatabase* db,
+                            Orvex::ErrorStatus (OvDbDatabase::*getTable)(Table*&, OvDb::OpenMode),
+                            const QString& name, const QString& tableName, const QString& failure,
+                            QString* error) {
+    Opened<Table> table;
+    if (const Orvex::ErrorStatus es = (db->*getTable)(table.slot(), OvDb::kForWrite);
+        es != Orvex::eOk) {
+        *error = QStringLiteral("the %1 cannot be changed now (status %2)").arg(tableName).arg(es);
+        return {};
+    }
+    auto* record = new Record();
+    OvDbObjectId id;
+    if (record->setName(name) != Orvex::eOk || table->add(id, record) != Orvex::eOk) {
+        delete record;
+        *error = failure.arg(quotedText(name));
+        return {};
+    }
+    record->close();
+    return id;
+}
+
 // The layer of that name, made when the drawing has none; the current layer for no name.
 OvDbObjectId ensureLayer(OvDbDatabase* db, const QString& name, QString* error) {
     if (name.isEmpty())
         return db->clayer();
     if (const OvDbObjectId id = findRecord(db, Table::Layer, name); !id.isNull())
         return id;
-    Opened<OvDbLayerTable> table;
-    if (const Orvex::ErrorStatus es = db->getLayerTable(table.slot(), OvDb::kForWrite);
-        es != Orvex::eOk) {
-        *error = QStringLiteral("the layer table cannot be changed now (status %1)").arg(es);
-        return {};
-    }
-    auto* layer = new OvDbLayerTableRecord();
-    OvDbObjectId id;
-    if (layer->setName(name) != Orvex::eOk || table->add(id, layer) != Orvex::eOk) {
-        delete layer;
-        *error = QStringLiteral("layer %1 cannot be made").arg(quotedText(name));
-        return {};
-    }
-    layer->close();
-    return id;
+    return addNamedRecord<OvDbLayerTable, OvDbLayerTableRecord>(
+        db, &OvDbDatabase::getLayerTable, name, QStringLiteral("layer table"),
+        QStringLiteral("layer %1 cannot be made"), error);
 }
 
 // Adds a new entity to model space; the entity is deleted when that fails.
@@ -283,22 +295,10 @@ bool makeLinetype(OvDbDatabase* db, const GroupReader& g, const resbuf* data, Ov
 OvDbObjectId ensureBlock(OvDbDatabase* db, const QString& name, QString* error) {
     if (const OvDbObjectId id = findRecord(db, Table::Block, name); !id.isNull())
         return id;
-    Opened<OvDbBlockTable> table;
-    if (const Orvex::ErrorStatus es = db->getBlockTable(table.slot(), OvDb::kForWrite);
-        es != Orvex::eOk) {
-        *error = QStringLiteral("the block table cannot be changed now (status %1)").arg(es);
-        return {};
-    }
     // An empty definition, so that the reference has a block to name.
-    auto* block = new OvDbBlockTableRecord();
-    OvDbObjectId id;
-    if (block->setName(name) != Orvex::eOk || table->add(id, block) != Orvex::eOk) {
-        delete block;
-        *error = QStringLiteral("block %1 cannot be defined").arg(quotedText(name));
-        return {};
-    }
-    block->close();
-    return id;
+    return addNamedRecord<OvDbBlockTable, OvDbBlockTableRecord>(
+        db, &OvDbDatabase::getBlockTable, name, QStringLiteral("block table"),
+        QStringLiteral("block %1 cannot be defined"), error);
 }
 
 bool makeInsert(OvDbDatabase* db, const InsertSpec& insert, OvDbObjectId& id, QString* error) {
