@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QString>
+
+#include <memory>
+
+class QSettings;
+
+namespace platform {
+
+// A key of the per-user settings store, which stands in for the registry under the
+// current user: a QSettings file in the per-user configuration folder, keys as
+// paths with "\" between their parts (the host's per-product root, then the
+// caller's part). Values are typed; the module uses 32-bit DWORD values.
+//
+// Results are Windows error numbers, so that callers test them as they would a
+// registry call: 0 success, 2 no such key or value, 5 no access, 13 a value of
+// another type, 87 a bad name.
+class SettingsKey {
+public:
+    static constexpr long Success = 0;
+    static constexpr long FileNotFound = 2;
+    static constexpr long AccessDenied = 5;
+    static constexpr long InvalidData = 13;
+    static constexpr long InvalidParameter = 87;
+
+    // Access rights; KEY_READ | KEY_WRITE (0x2001F) is what the module asks for.
+    static constexpr unsigned KeyRead = 0x20019;
+    static constexpr unsigned KeyWrite = 0x20006;
+    static constexpr unsigned KeyAllAccess = 0xF003F;
+
+    SettingsKey();
+    ~SettingsKey();
+    SettingsKey(const SettingsKey&) = delete;
+    SettingsKey& operator=(const SettingsKey&) = delete;
+
+    // Opens an existing key.
+    long Open(const QString& path, unsigned access = KeyRead | KeyWrite);
+    // Opens the key, making it (and the keys above it) when missing.
+    long Create(const QString& path, unsigned access = KeyRead | KeyWrite);
+    void Close();
+    bool IsOpen() const { return !m_path.isEmpty(); }
+    QString GetPath() const { return m_path; }
+
+    long QueryDWORDValue(const QString& name, quint32& value) const;
+    long SetDWORDValue(const QString& name, quint32 value);
+    long QueryStringValue(const QString& name, QString& value) const;
+    long SetStringValue(const QString& name, const QString& value);
+    long DeleteValue(const QString& name);
+
+    // The file that holds the store; tests point it into a temporary folder. An
+    // empty name goes back to the per-user configuration folder.
+    static QString StoreFileName();
+    static void SetStoreFileName(const QString& fileName);
+
+private:
+    long openKey(const QString& path, unsigned access, bool create);
+
+    QString m_path; // groups joined by "/"
+    unsigned m_access = 0;
+};
+
+} // namespace platform
