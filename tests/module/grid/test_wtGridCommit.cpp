@@ -1,0 +1,241 @@
+// Loading the grid from a drawing and committing it back: stored rows, sorting, paste,
+// the remove button, a duplicate name, the make-all-valid box and the saved widths.
+
+#include "GridTest.h"
+
+#include "store/ZelWireTypeRec.h"
+
+#include "ovdb/OvDbDatabase.h"
+#include "ovdb/OvDbHostApplicationServices.h"
+#include "platform/Clipboard.h"
+#include "platform/GridModel.h"
+#include "platform/SettingsKey.h"
+
+#include <QApplication>
+#include <QHeaderView>
+#include <QMouseEvent>
+#include <QTest>
+
+namespace {
+
+using GridCommitTest = GridTest;
+
+QColor background(ZelWTGrid& grid, int row, int col) {
+    return grid.model()
+        ->data(grid.model()->index(row - 1, col - 1), Qt::BackgroundRole)
+        .value<QColor>();
+}
+
+TEST_F(GridCommitTest, LoadKeepsStoredOrderClosesGapsAndColoursTheRows) {
+    openDefaultNamesProject();
+    OvDbDatabase* database = wireTypeDrawing({"W_LATE", "W_EARLY"}, {}, {7, 3});
+    setCurrentRecord(database, "W_LATE", "W_LATE");
+    openOwner(false, false);
+
+    EXPECT_EQ(gridNames(), QStringList({"W_EARLY", "W_LATE"}));
+    EXPECT_EQ(grid().GetRowCount(), 3);
+    EXPECT_TRUE(grid().IsColHidden(1));
+    const QAbstractItemModel* model = grid().model();
+    EXPECT_EQ(model->headerData(4, Qt::Horizontal).toString(), moduleString(105));
+    std::vector<QString> names;
+    ZelWireTypeRec store;
+    store.GetUsrPropNames(names);
+    EXPECT_EQ(model->headerData(6, Qt::Horizontal).toString(), names.at(0));
+    // The dialog's font reaches column 24 but not the last two columns.
+    EXPECT_TRUE(model->data(model->index(0, 23), Qt::FontRole).isValid());
+    EXPECT_FALSE(model->data(model->index(0, 24), Qt::FontRole).isValid());
+
+    // Outside edit mode the current wire type is grey; the row the cursor is in is blue.
+    EXPECT_EQ(grid().CurrentRow(), 2);
+    EXPECT_EQ(background(grid(), 2, 3), QColor(0xC0, 0xC0, 0xC0));
+    EXPECT_EQ(background(grid(), 1, 3), QColor(Qt::white));
+    clickCell(1, 3);
+    EXPECT_EQ(background(grid(), 1, 3), QColor(166, 202, 240));
+    EXPECT_EQ(background(grid(), 2, 3), QColor(0xC0, 0xC0, 0xC0));
+}
+
+TEST_F(GridCommitTest, RowsWithoutStoredPlacesComeByNameAndACommitStoresTheSortedRows) {
+    openDefaultNamesProject();
+    wireTypeDrawing({"W_C", "W_A", "W_B"});
+    openOwner();
+    ASSERT_EQ(gridNames(), QStringList({"W_A", "W_B", "W_C"}));
+
+    // The first double click on a header sorts descending.
+    doubleClickColumnHeader(5);
+    EXPECT_EQ(gridNames(), QStringList({"W_C", "W_B", "W_A"}));
+    // Only the wire types move: the blank row stays last.
+    EXPECT_EQ(cell(4, 5), "");
+
+    clickCell(1, 3);
+    clickButton(1);
+    ASSERT_TRUE(owner().closed());
+    ZelWireTypeRec reread;
+    EXPECT_EQ(record(reread, "W_C")->gridRow, 1);
+    EXPECT_EQ(record(reread, "W_B")->gridRow, 2);
+    EXPECT_EQ(record(reread, "W_A")->gridRow, 3);
+}
+
+TEST_F(GridCommitTest, ARowDraggedToAnotherPlaceIsStoredThere) {
+    openDefaultNamesProject();
+    wireTypeDrawing({"W_A", "W_B", "W_C"}, {}, {1, 2, 3});
+    openOwner();
+    ASSERT_EQ(gridNames(), QStringList({"W_A", "W_B", "W_C"}));
+
+    // Select row 3 by its header, then drag the header up to row 1.
+    clickRowHeader(3);
+    QHeaderView* header = grid().verticalHeader();
+    const auto rowPoint = [header](int row) {
+        return QPoint(header->width() / 2,
+                      header->sectionViewportPosition(row - 1) + header->sectionSize(row - 1) / 2);
+    };
+    QTest::mousePress(header->viewport(), Qt::LeftButton, Qt::NoModifier, rowPoint(3));
+    for (int y = rowPoint(3).y(); y >= rowPoint(1).y(); y -= 4) {
+        QMouseEvent move(QEvent::MouseMove, QPointF(rowPoint(1).x(), y),
+                         header->viewport()->mapToGlobal(QPointF(rowPoint(1).x(), y)), Qt::NoButton,
+                         Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(header->viewport(), &move);
+    }
+    QTest::mouseRelease(header->viewport(), Qt::LeftButton, Qt::NoModifier, rowPoint(1));
+    settle();
+    ASSERT_EQ(gridNames(), QStringList({"W_C", "W_A", "W_B"}));
+
+    clickCell(1, 3);
+    clickButton(1);
+    ASSERT_TRUE(owner().closed());
+    ZelWireTypeRec reread;
+    EXPECT_EQ(record(reread, "W_C")->gridRow, 1);
+    EXPECT_EQ(record(reread, "W_A")->gridRow, 2);
+    EXPECT_EQ(record(reread, "W_B")->gridRow, 3);
+}
+
+TEST_F(GridCommitTest, APasteBelowTheLastRowGrowsTheGridAndMakesWireTypes) {
+    openDefaultNamesProject();
+    wireTypeDrawing({"W_A"});
+    openOwner();
+    ASSERT_EQ(grid().GetRowCount(), 2);
+
+    ASSERT_TRUE(platform::SetClipboardText(QStringLiteral("GREEN\t2.5\nYELLOW\t4\n")));
+    clickCell(2, 3);
+    key(Qt::Key_V, Qt::ControlModifier);
+
+    EXPECT_EQ(gridNames(), QStringList({"W_A", "GREEN_2.5", "YELLOW_4"}));
+    EXPECT_EQ(grid().GetRowCount(), 4);
+    EXPECT_FALSE(grid().IsRowHidden(3));
+    EXPECT_FALSE(grid().IsRowHidden(4));
+
+    clickCell(1, 3);
+    clickButton(1);
+    ASSERT_TRUE(owner().closed());
+    ZelWireTypeRec reread;
+    const WireLayerRec* yellow = record(reread, "YELLOW_4");
+    ASSERT_NE(yellow, nullptr);
+    EXPECT_EQ(yellow->wireColor, "YELLOW");
+    EXPECT_EQ(yellow->wireSize, "4");
+    EXPECT_EQ(yellow->gridRow, 3);
+}
+
+TEST_F(GridCommitTest, RemoveIsOfferedOnlyWhenNoRemainingRowNeedsThePattern) {
+    openDefaultNamesProject();
+    wireTypeDrawing({"DEF", "WIRE_A", "WIRE_B", "OTHER"});
+    ASSERT_EQ(wireLays(), "DEF*,WIR*,OTH*");
+    openOwner();
+    ASSERT_EQ(gridNames(), QStringList({"DEF", "OTHER", "WIRE_A", "WIRE_B"}));
+    QWidget* remove = owner().GetDlgItem(1026);
+
+    // What the button reflects when the cursor arrives: the row left and the row reached.
+    clickCell(2, 3);
+    EXPECT_TRUE(remove->isEnabled()) << "OTHER's pattern serves no other row";
+    clickCell(3, 3);
+    EXPECT_FALSE(remove->isEnabled()) << "WIRE_B stays and needs WIR*";
+    clickCell(4, 3);
+    EXPECT_TRUE(remove->isEnabled()) << "both rows that need WIR* go together";
+    clickCell(1, 3);
+    EXPECT_FALSE(remove->isEnabled()) << "the default wire type stays";
+}
+
+TEST_F(GridCommitTest, ADuplicateNameStopsTheCommitInItsRow) {
+    openDefaultNamesProject();
+    OvDbDatabase* database = wireTypeDrawing({"W_A", "W_B"});
+    openOwner();
+    typeInto(3, 5, "w_a");
+    typeInto(3, 3, "RED");
+    clickCell(1, 3);
+
+    messages().clearShown();
+    clickButton(1);
+    EXPECT_FALSE(owner().closed());
+    EXPECT_EQ(owner().lastCommit(), 200);
+    EXPECT_EQ(messages().shownTexts(), std::vector<QString>({moduleString(142)}));
+    EXPECT_EQ(currentCell(), std::make_pair(3, 5));
+    const QAbstractItemModel* model = grid().model();
+    EXPECT_FALSE(model->data(model->index(2, 4), platform::GridModel::ReadOnlyRole).toBool())
+        << "the name is open for the repair";
+    ZelWireTypeRec reread;
+    EXPECT_EQ(record(reread, "W_A")->wireColor, "") << "the duplicate wrote nothing";
+    EXPECT_NE(record(reread, "W_B"), nullptr);
+    (void)database;
+}
+
+TEST_F(GridCommitTest, UntickingEveryLayerModeWithNoRowsLeavesOneDefaultWireType) {
+    openDefaultNamesProject();
+    OvDbDatabase* database = wireTypeDrawing({"W_A", "W_B"});
+    setCurrentRecord(database, "W_A", "W_A", true);
+    openOwner(true);
+    ASSERT_EQ(grid().GetRowCount(), 1) << "every layer mode shows no rows";
+
+    clickButton(1027);
+    clickButton(1);
+    ASSERT_TRUE(owner().closed()) << owner().lastCommit();
+
+    const QString name = moduleString(110);
+    ZelWireTypeRec reread;
+    EXPECT_NE(record(reread, name), nullptr);
+    EXPECT_EQ(record(reread, "W_A"), nullptr);
+    EXPECT_EQ(record(reread, "W_B"), nullptr);
+    EXPECT_FALSE(layerId(database, "W_A").isNull()) << "the layers stay as plain layers";
+    EXPECT_EQ(currentRecord(database), QStringLiteral("%1|%1||0").arg(name));
+}
+
+TEST_F(GridCommitTest, SavedWidthsComeBackExceptTheInUseColumn) {
+    openDefaultNamesProject();
+    wireTypeDrawing({"W_A"});
+    openOwner();
+    QHeaderView* header = grid().horizontalHeader();
+    // Drag the right edges of the in-use column and the wire colour column.
+    for (int col : {2, 3}) {
+        const int edge =
+            header->sectionViewportPosition(col - 1) + header->sectionSize(col - 1) - 1;
+        const QPoint from(edge, header->height() / 2);
+        const QPoint to(edge + 30, header->height() / 2);
+        QTest::mousePress(header->viewport(), Qt::LeftButton, Qt::NoModifier, from);
+        QMouseEvent move(QEvent::MouseMove, QPointF(to),
+                         header->viewport()->mapToGlobal(QPointF(to)), Qt::NoButton, Qt::LeftButton,
+                         Qt::NoModifier);
+        QApplication::sendEvent(header->viewport(), &move);
+        QTest::mouseRelease(header->viewport(), Qt::LeftButton, Qt::NoModifier, to);
+        settle();
+    }
+    const int usedWidth = grid().GetColWidth(2);
+    const int colourWidth = grid().GetColWidth(3);
+    ASSERT_GT(colourWidth, 100);
+
+    clickCell(1, 3);
+    clickButton(1);
+    ASSERT_TRUE(owner().closed());
+    const QString path =
+        OvDbHostApplicationServices::getRefPtr()->getRegistryProductRootKey() + "\\Settings\\WTS";
+    platform::SettingsKey key;
+    ASSERT_EQ(key.Open(path), platform::SettingsKey::Success);
+    quint32 saved = 0;
+    ASSERT_EQ(key.QueryDWORDValue("ColWidth1", saved), platform::SettingsKey::Success);
+    EXPECT_EQ(static_cast<int>(saved), usedWidth);
+    ASSERT_EQ(key.QueryDWORDValue("ColWidth2", saved), platform::SettingsKey::Success);
+    EXPECT_EQ(static_cast<int>(saved), colourWidth);
+    key.Close();
+
+    openOwner();
+    EXPECT_EQ(grid().GetColWidth(2), 50) << "the reader never takes column 2's saved width";
+    EXPECT_EQ(grid().GetColWidth(3), colourWidth);
+}
+
+} // namespace

@@ -1,0 +1,160 @@
+// Typing in the wire type grid: names made from the layer name format, refused rows,
+// removed rows that come back, and the keyboard.
+
+#include "GridTest.h"
+
+#include "store/ZelWireTypeRec.h"
+#include "support/ZelTestDrawing.h"
+
+#include "ovdb/OvDbDatabase.h"
+
+namespace {
+
+using GridEditTest = GridTest;
+
+TEST_F(GridEditTest, TypedColourAndSizeNameANewRowOnlyUntilTheDrafterNamesIt) {
+    openDefaultNamesProject();
+    OvDbDatabase* database = wireTypeDrawing({"W_BLUE"});
+    openOwner();
+    ASSERT_EQ(grid().GetWireTypeRows(), 1);
+    ASSERT_EQ(cell(1, 5), "W_BLUE");
+
+    typeInto(2, 3, "RED");
+    EXPECT_EQ(cell(2, 5), "RED");
+    typeInto(2, 4, "1.5");
+    EXPECT_EQ(cell(2, 5), "RED_1.5");
+    EXPECT_EQ(grid().GetWireTypeRows(), 2);
+    EXPECT_EQ(grid().GetRowCount(), 3) << "one blank row stays below the wire types";
+
+    // A name typed first is the drafter's: colour and size leave it alone.
+    typeInto(3, 5, "MINE");
+    typeInto(3, 3, "GREEN");
+    typeInto(3, 4, "2.5");
+    EXPECT_EQ(cell(3, 5), "MINE");
+    // A loaded wire type never takes a name from the format.
+    typeInto(1, 3, "BLACK");
+    EXPECT_EQ(cell(1, 5), "W_BLUE");
+    // The last property column is not read when a row is made.
+    typeInto(4, 26, "LAST");
+    typeInto(4, 5, "FOURTH");
+    EXPECT_EQ(cell(4, 26), "LAST");
+
+    clickCell(1, 3);
+    clickButton(1);
+    ASSERT_TRUE(owner().closed()) << owner().lastCommit();
+
+    ZelWireTypeRec reread;
+    const WireLayerRec* made = record(reread, "RED_1.5");
+    ASSERT_NE(made, nullptr);
+    EXPECT_EQ(made->wireColor, "RED");
+    EXPECT_EQ(made->wireSize, "1.5");
+    EXPECT_EQ(made->gridRow, 2);
+    EXPECT_TRUE(made->wireFlag) << "an empty flag cell means yes";
+    EXPECT_TRUE(layerId(database, "RED").isNull()) << "the first name never reached the drawing";
+    const WireLayerRec* mine = record(reread, "MINE");
+    ASSERT_NE(mine, nullptr);
+    EXPECT_EQ(mine->wireColor, "GREEN");
+    EXPECT_EQ(mine->wireSize, "2.5");
+    const WireLayerRec* blue = record(reread, "W_BLUE");
+    ASSERT_NE(blue, nullptr);
+    EXPECT_EQ(blue->wireColor, "BLACK");
+    const WireLayerRec* fourth = record(reread, "FOURTH");
+    ASSERT_NE(fourth, nullptr);
+    ASSERT_EQ(fourth->userValues.size(), 20u);
+    EXPECT_EQ(fourth->userValues[19], "");
+}
+
+TEST_F(GridEditTest, EmptyingALoadedNameIsRefusedAndTheCursorGoesBack) {
+    openDefaultNamesProject();
+    OvDbDatabase* database = wireTypeDrawing({"W_A", "W_B"});
+    openOwner();
+    ASSERT_EQ(gridNames(), QStringList({"W_A", "W_B"}));
+
+    clickCell(2, 5);
+    chooseFromContextMenu(2, 5, 40043);
+    settle();
+    // The rename command opens the name with its text; the drafter wipes it and leaves.
+    key(Qt::Key_A, Qt::ControlModifier);
+    key(Qt::Key_Backspace);
+    messages().clearShown();
+    key(Qt::Key_Tab);
+    settle();
+
+    EXPECT_EQ(messages().shownTexts(), std::vector<QString>({moduleString(147)}));
+    EXPECT_EQ(currentCell(), std::make_pair(2, 5));
+    // The record takes the empty name, so that a commit stops at it as well.
+    ASSERT_NE(rowRecord(2), nullptr);
+    EXPECT_EQ(rowRecord(2)->layerName, "");
+
+    messages().clearShown();
+    clickButton(1);
+    EXPECT_FALSE(owner().closed());
+    EXPECT_FALSE(messages().shownTexts().empty());
+    EXPECT_FALSE(layerId(database, "W_B").isNull()) << "nothing was renamed in the drawing";
+}
+
+TEST_F(GridEditTest, ARemovedRowRevivedByItsNameKeepsItsKeyAndCommitsAsAnEdit) {
+    openDefaultNamesProject();
+    std::vector<QString> values;
+    for (int i = 1; i <= 20; ++i)
+        values.push_back(QStringLiteral("v%1").arg(i));
+    OvDbDatabase* database = wireTypeDrawing({"W_A", "W_B"}, values);
+    ZelTestDrawing::addLine(database, "W_B");
+    openOwner();
+    ASSERT_EQ(gridNames(), QStringList({"W_A", "W_B"}));
+    const QString key = cell(2, 1);
+
+    clickCell(2, 3);
+    messages().answer(platform::IDYES);
+    clickButton(1026);
+    EXPECT_EQ(gridNames(), QStringList({"W_A"}));
+
+    typeInto(2, 5, "w_b");
+    EXPECT_EQ(cell(2, 1), key);
+    EXPECT_EQ(grid().GetWireTypeRows(), 2);
+    // Thirteen values come back into the row; the record keeps all twenty.
+    EXPECT_EQ(cell(2, 7 + 12), "v13");
+    EXPECT_EQ(cell(2, 7 + 13), "");
+
+    clickButton(1);
+    ASSERT_TRUE(owner().closed());
+    ZelWireTypeRec reread;
+    const WireLayerRec* revived = record(reread, "W_B");
+    ASSERT_NE(revived, nullptr) << "the layer stayed a wire type, not a new one";
+    EXPECT_EQ(revived->userValues.at(19), "v20");
+    EXPECT_EQ(reread.GetWireCount("W_B"), 1) << "the line stays on its layer";
+}
+
+TEST_F(GridEditTest, EmptyingEveryCellOfANewRowTakesTheRowOut) {
+    openDefaultNamesProject();
+    wireTypeDrawing({"W_A"});
+    openOwner();
+    typeInto(2, 3, "RED");
+    typeInto(3, 3, "BLUE");
+    ASSERT_EQ(gridNames(), QStringList({"W_A", "RED", "BLUE"}));
+    const std::size_t records = grid().Rows().size();
+
+    // Select the colour and name of the new row and press Delete.
+    clickCell(2, 3);
+    clickCell(2, 5, Qt::ShiftModifier);
+    key(Qt::Key_Delete);
+    clickCell(1, 3);
+
+    EXPECT_EQ(gridNames(), QStringList({"W_A", "BLUE"}));
+    EXPECT_EQ(grid().Rows().size(), records - 1);
+}
+
+TEST_F(GridEditTest, EnterWalksRightAndWrapsToTheWireColourOfTheNextRow) {
+    openDefaultNamesProject();
+    wireTypeDrawing({"W_A", "W_B"});
+    openOwner();
+    clickCell(1, 25);
+    key(Qt::Key_Return);
+    EXPECT_EQ(currentCell(), std::make_pair(1, 26));
+    key(Qt::Key_Return);
+    EXPECT_EQ(currentCell(), std::make_pair(2, 3));
+    key(Qt::Key_Return, Qt::ShiftModifier);
+    EXPECT_EQ(currentCell(), std::make_pair(1, 26));
+}
+
+} // namespace
