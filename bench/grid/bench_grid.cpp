@@ -1,0 +1,102 @@
+// The wire type grid over a drawing of 10,000 layers: loading 2,000 wire types into it,
+// and committing 1,000 rows that the drafter changed.
+#include "StoreBenchHost.h"
+
+#include "grid/ZelWTGrid.h"
+#include "shell/ZelLibraryEntry.h"
+#include "store/ZelWireTypeRec.h"
+
+#include "platform/SettingsKey.h"
+
+#include <QApplication>
+#include <QCoreApplication>
+#include <QLineEdit>
+#include <QTemporaryDir>
+#include <QWidget>
+
+#include <benchmark/benchmark.h>
+
+#include <memory>
+
+namespace {
+
+// An owner with the format edit that the grid reads.
+std::unique_ptr<QWidget> makeOwner() {
+    auto owner = std::make_unique<QWidget>();
+    auto* format = new QLineEdit(QStringLiteral("%C_%S"), owner.get());
+    format->setObjectName(QStringLiteral("1019"));
+    return owner;
+}
+
+void loadDrawing(StoreBenchHost& host, int wireTypes, int layers) {
+    host.addLayers(numberedNames(QStringLiteral("PLAIN_"), layers - wireTypes), false);
+    host.addLayers(numberedNames(QStringLiteral("WIRE_"), wireTypes), true);
+    host.addWdmAndSave(QStringLiteral("WIR*"));
+}
+
+void BM_InitGrid2000WireTypesIn10000Layers(benchmark::State& state) {
+    StoreBenchHost host;
+    loadDrawing(host, 2000, 10000);
+    ZelAttachResources(QCoreApplication::applicationDirPath());
+    int rows = 0;
+    for (auto _ : state) {
+        const std::unique_ptr<QWidget> owner = makeOwner();
+        ZelWTGrid grid(owner.get());
+        grid.Initialize();
+        grid.InitGrid(owner.get(), false, true);
+        // The colours come by posted message; they are part of what the drafter waits for.
+        QCoreApplication::processEvents();
+        rows = grid.GetWireTypeRows();
+        ZelWireTypeRec::ResetKey();
+    }
+    state.counters["rows"] = rows;
+}
+BENCHMARK(BM_InitGrid2000WireTypesIn10000Layers)->Unit(benchmark::kMillisecond);
+
+void BM_CommitAll1000EditedRows(benchmark::State& state) {
+    StoreBenchHost host;
+    loadDrawing(host, 1000, 10000);
+    ZelAttachResources(QCoreApplication::applicationDirPath());
+    int rows = 0;
+    bool blue = false;
+    for (auto _ : state) {
+        state.PauseTiming();
+        const std::unique_ptr<QWidget> owner = makeOwner();
+        auto grid = std::make_unique<ZelWTGrid>(owner.get());
+        grid->Initialize();
+        grid->InitGrid(owner.get(), false, true);
+        QCoreApplication::processEvents();
+        blue = !blue;
+        OvCmColor color;
+        color.setColorIndex(blue ? 5 : 1);
+        for (int row = 1; row <= grid->GetWireTypeRows(); ++row)
+            grid->SetRowColor(row, color);
+        rows = grid->GetWireTypeRows();
+        state.ResumeTiming();
+
+        benchmark::DoNotOptimize(grid->CommitAll());
+
+        state.PauseTiming();
+        grid.reset();
+        ZelWireTypeRec::ResetKey();
+        QCoreApplication::processEvents();
+        state.ResumeTiming();
+    }
+    state.counters["rows"] = rows;
+}
+BENCHMARK(BM_CommitAll1000EditedRows)->Unit(benchmark::kMillisecond)->Iterations(3);
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication application(argc, argv);
+    // The commit saves column widths: they go to a folder of the run, not the user's.
+    QTemporaryDir settings;
+    platform::SettingsKey::SetStoreFileName(settings.filePath(QStringLiteral("settings.ini")));
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
