@@ -77,7 +77,6 @@ private:
     int m_cols = 0;
     bool m_held = false;
     bool m_dirty = false;
-    bool m_headersDirty = false;
 };
 
 } // namespace platform

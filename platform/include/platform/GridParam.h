@@ -51,8 +51,8 @@ public:
 private:
     bool m_lockReadOnly = true;
     bool m_undo = true;
-    unsigned m_selection = SelRow | SelCol | SelTable | SelCell | SelMultiple | SelShift |
-                           SelKeyboard;
+    unsigned m_selection =
+        SelRow | SelCol | SelTable | SelCell | SelMultiple | SelShift | SelKeyboard;
     int m_enterKeyAction = 3;
     bool m_moveRows = false;
     bool m_moveCols = false;

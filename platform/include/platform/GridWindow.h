@@ -204,8 +204,8 @@ public:
     virtual bool OnLeftCell(int row, int col, int newRow, int newCol);
     // A left-button hit; the base does what a click does (current cell,
     // selection by the EnableSelection flags). `point` in grid coordinates.
-    virtual bool OnLButtonHitRowCol(int hitRow, int hitCol, int dragRow, int dragCol,
-                                    QPoint point, unsigned flags, int hitState);
+    virtual bool OnLButtonHitRowCol(int hitRow, int hitCol, int dragRow, int dragCol, QPoint point,
+                                    unsigned flags, int hitState);
     // The base sorts by a header's column (turning the direction each time) and
     // opens an editable data cell.
     virtual bool OnLButtonDblClkRowCol(int row, int col, unsigned flags, QPoint point);
@@ -254,6 +254,8 @@ private:
     bool handleGridKey(QKeyEvent* event);
     void startEditWithText(const QString& text);
     void editorTextChanged();
+    void storeEditorText(int row, int col, const QString& text);
+    bool rawReadOnly(int row, int col) const;
     void headerPress(Qt::Orientation orientation, int section, QMouseEvent* event);
     void headerMove(Qt::Orientation orientation, int section, QMouseEvent* event);
     void headerRelease(Qt::Orientation orientation, int section, QMouseEvent* event);

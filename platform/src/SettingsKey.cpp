@@ -1,0 +1,204 @@
+#include "platform/SettingsKey.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QSettings>
+#include <QStandardPaths>
+
+namespace platform {
+
+namespace {
+
+// A key exists when this marker stands in its group, so that a key made empty
+// (as the registry allows) can still be opened.
+const QString kKeyMarker = QStringLiteral(".key");
+const QString kDwordPrefix = QStringLiteral("dword:");
+const QString kStringPrefix = QStringLiteral("sz:");
+
+constexpr unsigned kQueryValue = 0x1;
+constexpr unsigned kSetValue = 0x2;
+
+QString& overriddenFileName() {
+    static QString name;
+    return name;
+}
+
+// "Software\\Orvex\\Settings\\WTS" becomes "Software/Orvex/Settings/WTS"; empty when
+// the path names no key or holds a part QSettings could not keep apart.
+QString groupOf(const QString& path) {
+    QStringList parts;
+    for (const QString& part : QString(path).replace(u'\\', u'/').split(u'/')) {
+        const QString trimmed = part.trimmed();
+        if (trimmed.isEmpty()) {
+            continue;
+        }
+        if (trimmed.startsWith(u'.')) {
+            return {};
+        }
+        parts << trimmed;
+    }
+    return parts.join(u'/');
+}
+
+bool validValueName(const QString& name) {
+    return !name.isEmpty() && !name.contains(u'/') && !name.contains(u'\\') &&
+           !name.startsWith(u'.');
+}
+
+} // namespace
+
+SettingsKey::SettingsKey() = default;
+SettingsKey::~SettingsKey() = default;
+
+QString SettingsKey::StoreFileName() {
+    if (!overriddenFileName().isEmpty()) {
+        return overriddenFileName();
+    }
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+           QStringLiteral("/Orvex/registry.ini");
+}
+
+void SettingsKey::SetStoreFileName(const QString& fileName) {
+    overriddenFileName() = fileName;
+}
+
+long SettingsKey::Open(const QString& path, unsigned access) {
+    return openKey(path, access, false);
+}
+
+long SettingsKey::Create(const QString& path, unsigned access) {
+    return openKey(path, access, true);
+}
+
+void SettingsKey::Close() {
+    m_path.clear();
+    m_access = 0;
+}
+
+long SettingsKey::openKey(const QString& path, unsigned access, bool create) {
+    Close();
+    const QString group = groupOf(path);
+    if (group.isEmpty()) {
+        return InvalidParameter;
+    }
+    QSettings store(StoreFileName(), QSettings::IniFormat);
+    const bool exists = store.contains(group + u'/' + kKeyMarker) || [&] {
+        store.beginGroup(group);
+        const bool any = !store.allKeys().isEmpty();
+        store.endGroup();
+        return any;
+    }();
+    if (!exists) {
+        if (!create) {
+            return FileNotFound;
+        }
+        // The folder of the store may not exist yet on a new account.
+        QDir().mkpath(QFileInfo(StoreFileName()).absolutePath());
+        if (!store.isWritable()) {
+            return AccessDenied;
+        }
+        QString partial;
+        for (const QString& part : group.split(u'/')) {
+            partial += (partial.isEmpty() ? QString() : QStringLiteral("/")) + part;
+            store.setValue(partial + u'/' + kKeyMarker, true);
+        }
+        store.sync();
+        if (store.status() != QSettings::NoError) {
+            return AccessDenied;
+        }
+    }
+    m_path = group;
+    m_access = access;
+    return Success;
+}
+
+long SettingsKey::QueryDWORDValue(const QString& name, quint32& value) const {
+    QString text;
+    if (m_path.isEmpty() || !validValueName(name)) {
+        return InvalidParameter;
+    }
+    if ((m_access & kQueryValue) == 0) {
+        return AccessDenied;
+    }
+    QSettings store(StoreFileName(), QSettings::IniFormat);
+    const QVariant stored = store.value(m_path + u'/' + name);
+    if (!stored.isValid()) {
+        return FileNotFound;
+    }
+    text = stored.toString();
+    if (!text.startsWith(kDwordPrefix)) {
+        return InvalidData;
+    }
+    bool ok = false;
+    const quint32 number = text.mid(kDwordPrefix.size()).toUInt(&ok, 16);
+    if (!ok) {
+        return InvalidData;
+    }
+    value = number;
+    return Success;
+}
+
+long SettingsKey::SetDWORDValue(const QString& name, quint32 value) {
+    if (m_path.isEmpty() || !validValueName(name)) {
+        return InvalidParameter;
+    }
+    if ((m_access & kSetValue) == 0) {
+        return AccessDenied;
+    }
+    QSettings store(StoreFileName(), QSettings::IniFormat);
+    store.setValue(m_path + u'/' + name,
+                   kDwordPrefix + QStringLiteral("%1").arg(value, 8, 16, QLatin1Char('0')));
+    store.sync();
+    return store.status() == QSettings::NoError ? Success : AccessDenied;
+}
+
+long SettingsKey::QueryStringValue(const QString& name, QString& value) const {
+    if (m_path.isEmpty() || !validValueName(name)) {
+        return InvalidParameter;
+    }
+    if ((m_access & kQueryValue) == 0) {
+        return AccessDenied;
+    }
+    QSettings store(StoreFileName(), QSettings::IniFormat);
+    const QVariant stored = store.value(m_path + u'/' + name);
+    if (!stored.isValid()) {
+        return FileNotFound;
+    }
+    const QString text = stored.toString();
+    if (!text.startsWith(kStringPrefix)) {
+        return InvalidData;
+    }
+    value = text.mid(kStringPrefix.size());
+    return Success;
+}
+
+long SettingsKey::SetStringValue(const QString& name, const QString& value) {
+    if (m_path.isEmpty() || !validValueName(name)) {
+        return InvalidParameter;
+    }
+    if ((m_access & kSetValue) == 0) {
+        return AccessDenied;
+    }
+    QSettings store(StoreFileName(), QSettings::IniFormat);
+    store.setValue(m_path + u'/' + name, kStringPrefix + value);
+    store.sync();
+    return store.status() == QSettings::NoError ? Success : AccessDenied;
+}
+
+long SettingsKey::DeleteValue(const QString& name) {
+    if (m_path.isEmpty() || !validValueName(name)) {
+        return InvalidParameter;
+    }
+    if ((m_access & kSetValue) == 0) {
+        return AccessDenied;
+    }
+    QSettings store(StoreFileName(), QSettings::IniFormat);
+    if (!store.contains(m_path + u'/' + name)) {
+        return FileNotFound;
+    }
+    store.remove(m_path + u'/' + name);
+    store.sync();
+    return store.status() == QSettings::NoError ? Success : AccessDenied;
+}
+
+} // namespace platform
