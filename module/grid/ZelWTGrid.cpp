@@ -70,6 +70,7 @@ void ZelWTGrid::InitGrid(QWidget* pOwner, bool bOptionsLocked, bool bEditMode) {
     SetColumnWidth(0, scaled(m_scale, 25));
     SetColumnWidth(1, scaled(m_scale, 50));
     HideColumn(1);
+    SkipKeyColumns();
     SetRows(1);
 
     // The dialog's font reaches columns 0 to 24 only: the last two user property columns
@@ -99,8 +100,10 @@ void ZelWTGrid::InitGrid(QWidget* pOwner, bool bOptionsLocked, bool bEditMode) {
     const std::map<int, WireLayerRec*> loaded = m_WireTypeRec.GetCurDwgWireTypeInfo();
     if (!loaded.empty()) {
         const int values = static_cast<int>(loaded.begin()->second->userValues.size());
-        if (values + 6 > m_nColCount)
+        if (values + 6 > m_nColCount) {
             SetCols(values + 6);
+            SkipKeyColumns();
+        }
     }
 
     ReadDefaultLayer();

@@ -125,6 +125,7 @@ private:
     // (ZelWTGridCells.cpp). Rows and columns count from 1; row 0 is the column headers.
     static double MonitorScaleX();
     void ConfigureForWireTypes();
+    void SkipKeyColumns();
     int RowCount() const;
     void SetRows(int count);
     int ColCount() const;
@@ -159,7 +160,6 @@ private:
     void SortRowsByColumn(int from, int to, int col, bool ascending);
     void Hold(bool hold);
     void RedrawAll();
-    void RefreshViews();
     void PostEditKey();
     bool ClipboardText(QString& text) const;
     bool OwnerPreTranslate(QKeyEvent* event);

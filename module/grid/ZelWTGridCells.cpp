@@ -50,6 +50,9 @@ void ZelWTGrid::ConfigureForWireTypes() {
                            platform::GridParam::SelMultiple | platform::GridParam::SelShift);
     param->SetEnterKeyAction(Right);
     ChangeStandardStyle(CellStyle().setControl(CellStyle::Control::Edit).setReadOnly(false));
+}
+
+void ZelWTGrid::SkipKeyColumns() {
     // The key and the in-use mark are not for the keyboard: Enter and the arrows start
     // at the wire colour.
     SetColSkippedByKeys(1, true);

@@ -142,14 +142,18 @@ TEST_F(GridCommitTest, RemoveIsOfferedOnlyWhenNoRemainingRowNeedsThePattern) {
     ASSERT_EQ(gridNames(), QStringList({"DEF", "OTHER", "WIRE_A", "WIRE_B"}));
     QWidget* remove = owner().GetDlgItem(1026);
 
-    // What the button reflects when the cursor arrives: the row left and the row reached.
+    // The button weighs the row the cursor leaves together with the row it reaches, so
+    // a second click in the same row asks about that row alone.
     clickCell(2, 3);
+    clickCell(2, 4);
     EXPECT_TRUE(remove->isEnabled()) << "OTHER's pattern serves no other row";
+    clickCell(3, 4);
     clickCell(3, 3);
     EXPECT_FALSE(remove->isEnabled()) << "WIRE_B stays and needs WIR*";
     clickCell(4, 3);
     EXPECT_TRUE(remove->isEnabled()) << "both rows that need WIR* go together";
     clickCell(1, 3);
+    clickCell(1, 4);
     EXPECT_FALSE(remove->isEnabled()) << "the default wire type stays";
 }
 
@@ -193,7 +197,8 @@ TEST_F(GridCommitTest, UntickingEveryLayerModeWithNoRowsLeavesOneDefaultWireType
     EXPECT_EQ(record(reread, "W_A"), nullptr);
     EXPECT_EQ(record(reread, "W_B"), nullptr);
     EXPECT_FALSE(layerId(database, "W_A").isNull()) << "the layers stay as plain layers";
-    EXPECT_EQ(currentRecord(database), QStringLiteral("%1|%1||0").arg(name));
+    // The store keeps the format the dialog wrote when the default comes without one.
+    EXPECT_EQ(currentRecord(database), QStringLiteral("%1|%1|%C_%S|0").arg(name));
 }
 
 TEST_F(GridCommitTest, SavedWidthsComeBackExceptTheInUseColumn) {

@@ -104,7 +104,9 @@ TEST_F(GridEditTest, ARemovedRowRevivedByItsNameKeepsItsKeyAndCommitsAsAnEdit) {
     ASSERT_EQ(gridNames(), QStringList({"W_A", "W_B"}));
     const QString key = cell(2, 1);
 
+    // The second click asks about W_B alone: the default W_A can't go.
     clickCell(2, 3);
+    clickCell(2, 4);
     messages().answer(platform::IDYES);
     clickButton(1026);
     EXPECT_EQ(gridNames(), QStringList({"W_A"}));
@@ -134,9 +136,9 @@ TEST_F(GridEditTest, EmptyingEveryCellOfANewRowTakesTheRowOut) {
     ASSERT_EQ(gridNames(), QStringList({"W_A", "RED", "BLUE"}));
     const std::size_t records = grid().Rows().size();
 
-    // Select the colour and name of the new row and press Delete.
+    // Select the new row's cells from the colour to the flag and press Delete.
     clickCell(2, 3);
-    clickCell(2, 5, Qt::ShiftModifier);
+    clickCell(2, 6, Qt::ShiftModifier);
     key(Qt::Key_Delete);
     clickCell(1, 3);
 
