@@ -12,6 +12,9 @@
 #include "platform/SettingsKey.h"
 
 #include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QHeaderView>
 #include <QMouseEvent>
 #include <QTest>
@@ -241,6 +244,60 @@ TEST_F(GridCommitTest, SavedWidthsComeBackExceptTheInUseColumn) {
     openOwner();
     EXPECT_EQ(grid().GetColWidth(2), 50) << "the reader never takes column 2's saved width";
     EXPECT_EQ(grid().GetColWidth(3), colourWidth);
+}
+
+} // namespace
+
+namespace {
+
+void copyFolder(const QString& from, const QString& to) {
+    QDir().mkpath(to);
+    for (const QFileInfo& entry :
+         QDir(from).entryInfoList(QDir::NoDotAndDotDot | QDir::AllEntries)) {
+        if (entry.isDir())
+            copyFolder(entry.filePath(), to + "/" + entry.fileName());
+        else
+            QFile::copy(entry.filePath(), to + "/" + entry.fileName());
+    }
+}
+
+using GridDemoTest = GridTest;
+
+// The demo project as a drafter opens it: its drawing's wire types, one per row, under
+// the project's property names. With ZEL_SCREENSHOT_DIR set the grid's dialog is saved
+// there as a picture to look at.
+TEST_F(GridDemoTest, TheDemoDrawingShowsEveryWireTypeUnderTheProjectsNames) {
+    const QString demo = tempPath("demo");
+    copyFolder(QStringLiteral(ZEL_DEMO_DIR), demo);
+    ASSERT_TRUE(openProject(demo + "/demo.zpj"));
+    ASSERT_NE(openDocument(demo + "/drawings/demo.dwg"), nullptr);
+    ZelWireTypeRec store;
+    QStringList expected;
+    for (const auto& [key, rec] : store.GetCurDwgWireTypeInfo())
+        expected << rec->layerName;
+    ASSERT_FALSE(expected.isEmpty());
+
+    openOwner(false, false);
+    const QStringList shown = gridNames();
+    QStringList sorted = shown;
+    sorted.sort(Qt::CaseInsensitive);
+    expected.sort(Qt::CaseInsensitive);
+    EXPECT_EQ(sorted, expected);
+    const QAbstractItemModel* model = grid().model();
+    EXPECT_EQ(model->headerData(6, Qt::Horizontal).toString(), "Insulation");
+    EXPECT_EQ(model->headerData(7, Qt::Horizontal).toString(), "Voltage, max");
+    // The drawing's current wire type is grey, the row the cursor is in blue.
+    const int current = static_cast<int>(shown.indexOf("BU_0.75")) + 1;
+    ASSERT_GT(current, 0);
+    const int other = current == 1 ? 3 : 1;
+    clickCell(other, 3);
+    EXPECT_EQ(background(grid(), current, 4), QColor(0xC0, 0xC0, 0xC0));
+    EXPECT_EQ(background(grid(), other, 4), QColor(166, 202, 240));
+
+    const QString folder = qEnvironmentVariable("ZEL_SCREENSHOT_DIR");
+    if (!folder.isEmpty()) {
+        EXPECT_TRUE(owner().grab().save(folder + "/wire-type-grid.png"));
+    }
 }
 
 } // namespace
