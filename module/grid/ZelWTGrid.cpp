@@ -326,7 +326,11 @@ bool ZelWTGrid::CanDeleteRows(int row) {
         if (pattern.isEmpty()) {
             std::vector<QString> nonWire;
             m_WireTypeRec.GetNonWireLayers(nonWire);
-            if (nonWire.empty() || std::find(nonWire.begin(), nonWire.end(), name) == nonWire.end())
+            const bool listed =
+                std::any_of(nonWire.begin(), nonWire.end(), [&name](const QString& layer) {
+                    return layer.compare(name, Qt::CaseInsensitive) == 0;
+                });
+            if (!listed)
                 return true;
         }
         // A pattern stays as long as a row that remains needs it.

@@ -160,3 +160,89 @@ TEST_F(GridEditTest, EnterWalksRightAndWrapsToTheWireColourOfTheNextRow) {
 }
 
 } // namespace
+
+namespace {
+
+using GridRowsTest = GridTest;
+
+// Rows that come from outside the grid: a wire type of another drawing, and existing
+// layers. The dialog calls these after its import and add-layer steps.
+TEST_F(GridRowsTest, RowsFromAnotherDrawingAreAddedOrMergedByName) {
+    openDefaultNamesProject();
+    makeDrawing({}, QString(), "other.dwg");
+    const QString other = tempPath("other.dwg");
+    {
+        // The other drawing gives its layers their colours.
+        OvDbDatabase* database = workingDatabase();
+        ZelTestDrawing::addLayer(database, "IMP_NEW", 3);
+        ZelTestDrawing::addLayer(database, "W_A", 5);
+        ASSERT_TRUE(ZelTestDrawing::save(database, other));
+    }
+    OvDbDatabase* database = wireTypeDrawing({"W_A"});
+    openOwner();
+
+    std::vector<QString> fields{"GRN", "4", "IMP_NEW", "No"};
+    for (int i = 1; i <= 20; ++i)
+        fields.push_back(QStringLiteral("n%1").arg(i));
+    ASSERT_TRUE(grid().AddOrMergeRow(fields, other, true, true));
+    settle();
+    EXPECT_EQ(gridNames(), QStringList({"W_A", "IMP_NEW"}));
+    ASSERT_NE(rowRecord(2), nullptr);
+    EXPECT_EQ(rowRecord(2)->editState, 5);
+    EXPECT_EQ(rowRecord(2)->color.colorIndex(), 3);
+    EXPECT_EQ(cell(2, 26), "n20");
+
+    // A known layer with neither appearance nor properties asked for stays as it was.
+    std::vector<QString> known{"BLU", "1", "w_a", "No"};
+    known.resize(24, QStringLiteral("k"));
+    ASSERT_TRUE(grid().AddOrMergeRow(known, other, false, false));
+    EXPECT_EQ(rowRecord(1)->wireColor, "");
+    EXPECT_EQ(rowRecord(1)->editState, 0);
+    // With the appearance asked for it takes the other drawing's look and texts.
+    ASSERT_TRUE(grid().AddOrMergeRow(known, other, true, false));
+    EXPECT_EQ(rowRecord(1)->wireColor, "BLU");
+    EXPECT_EQ(rowRecord(1)->color.colorIndex(), 5);
+    EXPECT_EQ(rowRecord(1)->userValues.at(0), "");
+
+    EXPECT_FALSE(grid().AddOrMergeRow(fields, tempPath("missing.dwg"), true, true));
+
+    clickCell(1, 3);
+    clickButton(1);
+    ASSERT_TRUE(owner().closed());
+    ZelWireTypeRec reread;
+    const WireLayerRec* imported = record(reread, "IMP_NEW");
+    ASSERT_NE(imported, nullptr);
+    EXPECT_EQ(imported->wireColor, "GRN");
+    EXPECT_FALSE(imported->wireFlag);
+    EXPECT_EQ(imported->userValues.at(19), "n20");
+    (void)database;
+}
+
+TEST_F(GridRowsTest, ExistingLayersBecomeRowsAndAPatternOfNothingIsTold) {
+    openDefaultNamesProject();
+    OvDbDatabase* database = wireTypeDrawing({"W_A"});
+    ZelTestDrawing::addLayer(database, "CTRL_24V", 1);
+    ZelTestDrawing::addLine(database, "CTRL_24V");
+    openOwner();
+
+    messages().clearShown();
+    ASSERT_TRUE(grid().AddLayerRows("NOTHING*"));
+    settle();
+    EXPECT_EQ(messages().shownTexts(), std::vector<QString>({moduleString(123)}));
+
+    ASSERT_TRUE(grid().AddLayerRows("CTRL*"));
+    settle();
+    EXPECT_EQ(gridNames(), QStringList({"W_A", "CTRL_24V"}));
+    EXPECT_EQ(cell(2, 2), "X");
+    EXPECT_EQ(rowRecord(2)->color.colorIndex(), 1);
+    EXPECT_EQ(currentCell(), std::make_pair(1, 5)) << "the cursor goes to the last row before";
+
+    clickCell(1, 3);
+    clickButton(1);
+    ASSERT_TRUE(owner().closed());
+    ZelWireTypeRec reread;
+    EXPECT_NE(record(reread, "CTRL_24V"), nullptr);
+    EXPECT_EQ(reread.GetWireCount("CTRL_24V"), 1);
+}
+
+} // namespace
