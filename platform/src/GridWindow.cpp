@@ -688,6 +688,15 @@ void GridWindow::storeEditorText(int row, int col, const QString& text) {
     m_model->cellsChanged(row, col, row, col);
 }
 
+void GridWindow::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) {
+    // Qt closes an editor by itself when it loses the focus; the grid forgets it then.
+    if (editor == m_editor.data()) {
+        m_editor.clear();
+        m_editModified = false;
+    }
+    QTableView::closeEditor(editor, hint);
+}
+
 bool GridWindow::Undo() {
     if (m_editor.isNull()) {
         return false;
@@ -731,7 +740,9 @@ bool GridWindow::SortRows(const GridRange& rows, const std::vector<GridSortInfo>
         std::vector<QCollatorSortKey> column;
         column.reserve(size_t(count));
         for (int r = top; r <= bottom; ++r) {
-            column.push_back(collator.sortKey(GetValueRowCol(r, key.col)));
+            // Folded here: not every collation backend honours case insensitivity.
+            const QString text = GetValueRowCol(r, key.col);
+            column.push_back(collator.sortKey(key.caseSensitive ? text : text.toCaseFolded()));
         }
         sortKeys.push_back(std::move(column));
     }

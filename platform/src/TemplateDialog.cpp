@@ -469,7 +469,13 @@ bool TemplateDialog::AttachGrid(GridWindow* grid, int placeholderId) {
             m_controls.remove(placeholderId);
         }
     });
-    delete placeholder;
+    if (qobject_cast<GridWindow*>(placeholder) != nullptr) {
+        // A grid that stood here before belongs to its owner, not to the dialog.
+        placeholder->hide();
+        placeholder->setParent(nullptr);
+    } else {
+        delete placeholder;
+    }
     return true;
 }
 
