@@ -69,10 +69,16 @@ bool GridWindow::SetRowCount(int rows) {
     if (rows < 0) {
         return false;
     }
-    if (rows < GetRowCount()) {
-        TransferCurrentCell();
+    const int now = GetRowCount();
+    if (rows > now) {
+        // Growing goes through InsertRows, so that a grid which styles its new rows
+        // sees every row added, whoever adds it.
+        return InsertRows(now + 1, rows - now);
     }
-    m_model->setGridRows(rows);
+    if (rows < now) {
+        TransferCurrentCell();
+        m_model->setGridRows(rows);
+    }
     return true;
 }
 

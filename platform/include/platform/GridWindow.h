@@ -83,8 +83,9 @@ public:
     int GetColCount() const;
     bool SetRowCount(int rows);
     bool SetColCount(int cols);
-    // Inserts `count` blank rows before `row` (row count + 1 appends). Overrides call
-    // the base and then style the new rows.
+    // Inserts `count` blank rows before `row` (row count + 1 appends). SetRowCount
+    // and a paste that grows the grid come here too. Overrides call the base and
+    // then style the new rows.
     virtual bool InsertRows(int row, int count, unsigned flags = 0);
     bool RemoveRows(int fromRow, int toRow);
     bool HideRows(int fromRow, int toRow, bool hide = true);
@@ -155,8 +156,10 @@ public:
     // --- Current cell -----------------------------------------------------------
     bool GetCurrentCell(int& row, int& col) const;
     // Moves the current cell: an open edit is stored, OnLeftCell may veto; (0, 0)
-    // leaves the grid without a current cell. `flags` are kept for the callers'
-    // sake; every move ends an open edit.
+    // leaves the grid without a current cell. Code that sets the cell that is
+    // current already still gets OnLeftCell with the same cell as the new one (a
+    // click on the current cell does not). `flags` are kept for the callers' sake;
+    // every call ends an open edit.
     bool SetCurrentCell(int row, int col, unsigned flags = 0);
     bool MoveCurrentCell(int direction, int count = 1);
     // The cell next to (row, col) in `direction`, skipping hidden rows and columns
