@@ -1238,6 +1238,16 @@ void GridWindow::headerDoubleClick(Qt::Orientation orientation, int section, QMo
     OnLButtonDblClkRowCol(row, col, mouseFlags(event), QPoint());
 }
 
+void GridWindow::focusInEvent(QFocusEvent* event) {
+    // Qt makes the first cell current when a view without one gets the focus; a grid
+    // left deliberately without a current cell stays so until a person picks one.
+    const bool none = !currentIndex().isValid();
+    QTableView::focusInEvent(event);
+    if (none && currentIndex().isValid()) {
+        selectionModel()->setCurrentIndex(QModelIndex(), QItemSelectionModel::NoUpdate);
+    }
+}
+
 bool GridWindow::focusNextPrevChild(bool next) {
     // Tab moves between cells inside the grid; it leaves the grid only from a grid
     // with no current cell to move.

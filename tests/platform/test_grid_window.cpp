@@ -113,6 +113,20 @@ TEST_F(GridWindowTest, TypingMarksTheCellOnceAndLeavingReportsWithTheTextInTheMo
     }
 }
 
+TEST_F(GridWindowTest, AGridLeftWithoutACurrentCellKeepsNoneWhenItGetsTheFocus) {
+    clickCell(grid.get(), 2, 2);
+    grid->SetCurrentCell(0, 0);
+    grid->clearFocus();
+    grid->setFocus(Qt::TabFocusReason);
+    int row = 0;
+    int col = 0;
+    EXPECT_FALSE(grid->GetCurrentCell(row, col));
+    EXPECT_EQ(grid->GetSelectedRows(false, true), (std::vector<quint32>{}));
+    clickCell(grid.get(), 3, 1);
+    EXPECT_EQ(grid->log, (std::vector<QString>{"left 2,2>0,0 []"}));
+    EXPECT_EQ(current(), std::make_pair(3, 1));
+}
+
 TEST_F(GridWindowTest, AVetoKeepsTheCellAndEscTakesBackAnOpenEdit) {
     fill({{"a", "b"}});
     clickCell(grid.get(), 1, 1);

@@ -20,6 +20,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 
 namespace {
@@ -269,11 +270,16 @@ TEST(ResourceMenu, APopupWithGreyedCommandsDeliversTheChosenOneAfterwards) {
     ASSERT_TRUE(menu.LoadMenu(103)) << menu.GetError().toStdString();
     QMenu* popup = menu.GetSubMenu(0);
     ASSERT_NE(popup, nullptr);
+    std::vector<int> commands;
     for (QAction* action : popup->actions()) {
         if (!action->isSeparator()) {
             EXPECT_EQ(action->objectName(), QString::number(action->data().toInt()));
+            EXPECT_FALSE(action->text().isEmpty());
+            commands.push_back(action->data().toInt());
         }
     }
+    std::sort(commands.begin(), commands.end());
+    EXPECT_EQ(commands, (std::vector<int>{40013, 40014, 40023, 40028, 40039, 40043}));
     EXPECT_TRUE(ResourceMenu::EnableMenuItem(popup, 40013, false));
     EXPECT_TRUE(ResourceMenu::EnableMenuItem(popup, 40014, false));
     EXPECT_FALSE(ResourceMenu::EnableMenuItem(popup, 12345, false));
