@@ -1325,6 +1325,11 @@ bool GridWindow::handleGridKey(QKeyEvent* event) {
         return true;
     case Qt::Key_Tab:
     case Qt::Key_Backtab: {
+        if (control) {
+            // Ctrl+Tab leaves the grid for the dialog's next control.
+            TransferCurrentCell();
+            return QWidget::focusNextPrevChild(event->key() == Qt::Key_Tab && !shift);
+        }
         if (!hasCurrent) {
             return false;
         }
