@@ -979,8 +979,21 @@ bool GridWindow::OnLButtonHitRowCol(int hitRow, int hitCol, int dragRow, int dra
 
 bool GridWindow::OnLButtonDblClkRowCol(int row, int col, unsigned, QPoint) {
     if (row == 0 && col > 0) {
+        // Blank rows at the bottom (where new rows are typed) stay at the bottom.
+        int last = GetRowCount();
+        auto blank = [this](int r) {
+            for (int c = 1; c <= GetColCount(); ++c) {
+                if (!GetValueRowCol(r, c).isEmpty()) {
+                    return false;
+                }
+            }
+            return true;
+        };
+        while (last > 0 && blank(last)) {
+            --last;
+        }
         m_sortAscending = !m_sortAscending;
-        return SortRows(GridRange::rows(1, GetRowCount()), {GridSortInfo{col, m_sortAscending}});
+        return SortRows(GridRange::rows(1, last), {GridSortInfo{col, m_sortAscending}});
     }
     if (row > 0 && col > 0) {
         return StartEditing();

@@ -222,10 +222,10 @@ TEST_F(GridWindowTest, SortingARangeLeavesTheBlankRowsBelowAlone) {
     EXPECT_TRUE(grid->SortRows(GridRange::rows(1, 3), {GridSortInfo{1, false}}));
     EXPECT_EQ(grid->GetRangeText(GridRange(1, 1, 4, 2)), "C\t3\nb\t2\na\t1\n\tx\n");
 
-    // A double click on a header sorts every row by that column, each time the
-    // other way.
+    // A double click on a header sorts the rows down to the last that holds text by
+    // that column, each time the other way.
     doubleClickHeader(grid->horizontalHeader(), 1);
-    EXPECT_EQ(grid->GetRangeText(GridRange(1, 1, 6, 1)), "\n\n\na\nb\nC\n");
+    EXPECT_EQ(grid->GetRangeText(GridRange(1, 1, 6, 2)), "\tx\na\t1\nb\t2\nC\t3\n\t\n\t\n");
     doubleClickHeader(grid->horizontalHeader(), 1);
     EXPECT_EQ(grid->GetRangeText(GridRange(1, 1, 6, 1)), "C\nb\na\n\n\n\n");
 }

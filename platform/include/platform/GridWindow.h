@@ -209,8 +209,8 @@ public:
     // selection by the EnableSelection flags). `point` in grid coordinates.
     virtual bool OnLButtonHitRowCol(int hitRow, int hitCol, int dragRow, int dragCol, QPoint point,
                                     unsigned flags, int hitState);
-    // The base sorts by a header's column (turning the direction each time) and
-    // opens an editable data cell.
+    // The base sorts the rows down to the last one with text by a header's column
+    // (turning the direction each time) and opens an editable data cell.
     virtual bool OnLButtonDblClkRowCol(int row, int col, unsigned flags, QPoint point);
     // The base makes a data cell current unless it is selected already.
     virtual bool OnRButtonClickedRowCol(int row, int col, unsigned flags, QPoint point);
