@@ -69,10 +69,16 @@ bool GridWindow::SetRowCount(int rows) {
     if (rows < 0) {
         return false;
     }
-    if (rows < GetRowCount()) {
-        TransferCurrentCell();
+    const int now = GetRowCount();
+    if (rows > now) {
+        // Growing goes through InsertRows, so that a grid which styles its new rows
+        // sees every row added, whoever adds it.
+        return InsertRows(now + 1, rows - now);
     }
-    m_model->setGridRows(rows);
+    if (rows < now) {
+        TransferCurrentCell();
+        m_model->setGridRows(rows);
+    }
     return true;
 }
 
@@ -688,6 +694,15 @@ void GridWindow::storeEditorText(int row, int col, const QString& text) {
     m_model->cellsChanged(row, col, row, col);
 }
 
+void GridWindow::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) {
+    // Qt closes an editor by itself when it loses the focus; the grid forgets it then.
+    if (editor == m_editor.data()) {
+        m_editor.clear();
+        m_editModified = false;
+    }
+    QTableView::closeEditor(editor, hint);
+}
+
 bool GridWindow::Undo() {
     if (m_editor.isNull()) {
         return false;
@@ -731,7 +746,9 @@ bool GridWindow::SortRows(const GridRange& rows, const std::vector<GridSortInfo>
         std::vector<QCollatorSortKey> column;
         column.reserve(size_t(count));
         for (int r = top; r <= bottom; ++r) {
-            column.push_back(collator.sortKey(GetValueRowCol(r, key.col)));
+            // Folded here: not every collation backend honours case insensitivity.
+            const QString text = GetValueRowCol(r, key.col);
+            column.push_back(collator.sortKey(key.caseSensitive ? text : text.toCaseFolded()));
         }
         sortKeys.push_back(std::move(column));
     }
@@ -962,8 +979,21 @@ bool GridWindow::OnLButtonHitRowCol(int hitRow, int hitCol, int dragRow, int dra
 
 bool GridWindow::OnLButtonDblClkRowCol(int row, int col, unsigned, QPoint) {
     if (row == 0 && col > 0) {
+        // Blank rows at the bottom (where new rows are typed) stay at the bottom.
+        int last = GetRowCount();
+        auto blank = [this](int r) {
+            for (int c = 1; c <= GetColCount(); ++c) {
+                if (!GetValueRowCol(r, c).isEmpty()) {
+                    return false;
+                }
+            }
+            return true;
+        };
+        while (last > 0 && blank(last)) {
+            --last;
+        }
         m_sortAscending = !m_sortAscending;
-        return SortRows(GridRange::rows(1, GetRowCount()), {GridSortInfo{col, m_sortAscending}});
+        return SortRows(GridRange::rows(1, last), {GridSortInfo{col, m_sortAscending}});
     }
     if (row > 0 && col > 0) {
         return StartEditing();
@@ -1221,6 +1251,16 @@ void GridWindow::headerDoubleClick(Qt::Orientation orientation, int section, QMo
     OnLButtonDblClkRowCol(row, col, mouseFlags(event), QPoint());
 }
 
+void GridWindow::focusInEvent(QFocusEvent* event) {
+    // Qt makes the first cell current when a view without one gets the focus; a grid
+    // left deliberately without a current cell stays so until a person picks one.
+    const bool none = !currentIndex().isValid();
+    QTableView::focusInEvent(event);
+    if (none && currentIndex().isValid()) {
+        selectionModel()->setCurrentIndex(QModelIndex(), QItemSelectionModel::NoUpdate);
+    }
+}
+
 bool GridWindow::focusNextPrevChild(bool next) {
     // Tab moves between cells inside the grid; it leaves the grid only from a grid
     // with no current cell to move.
@@ -1298,6 +1338,11 @@ bool GridWindow::handleGridKey(QKeyEvent* event) {
         return true;
     case Qt::Key_Tab:
     case Qt::Key_Backtab: {
+        if (control) {
+            // Ctrl+Tab leaves the grid for the dialog's next control.
+            TransferCurrentCell();
+            return QWidget::focusNextPrevChild(event->key() == Qt::Key_Tab && !shift);
+        }
         if (!hasCurrent) {
             return false;
         }

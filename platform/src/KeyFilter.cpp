@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QKeyEvent>
+#include <QPointer>
 #include <QWidget>
 
 namespace platform {
@@ -16,10 +17,25 @@ public:
         if (event->type() != QEvent::KeyPress || !watched->isWidgetType()) {
             return false;
         }
-        for (auto* widget = static_cast<QWidget*>(watched); widget != nullptr;
-             widget = widget->parentWidget()) {
+        auto* key = static_cast<QKeyEvent*>(event);
+        auto* receiver = static_cast<QWidget*>(watched);
+        // A key that its widget ignores goes on to the parents, passing the
+        // application's filters each time; the filters see it once, at its receiver.
+        if (key == m_lastKey && m_lastReceiver && receiver->isAncestorOf(m_lastReceiver) &&
+            key->key() == m_lastCode && key->modifiers() == m_lastModifiers &&
+            key->timestamp() == m_lastTimestamp) {
+            return false;
+        }
+        m_lastKey = key;
+        m_lastReceiver = receiver;
+        m_lastCode = key->key();
+        m_lastModifiers = key->modifiers();
+        m_lastTimestamp = key->timestamp();
+        for (QWidget* widget = receiver; widget != nullptr; widget = widget->parentWidget()) {
             if (auto* filter = dynamic_cast<KeyFilter*>(widget)) {
-                if (filter->PreTranslateKey(static_cast<QKeyEvent*>(event))) {
+                if (filter->PreTranslateKey(key)) {
+                    // Accepted, or Qt would offer it to the parents all the same.
+                    key->accept();
                     return true;
                 }
             }
@@ -29,6 +45,13 @@ public:
         }
         return false;
     }
+
+private:
+    const QKeyEvent* m_lastKey = nullptr;
+    QPointer<QWidget> m_lastReceiver;
+    int m_lastCode = 0;
+    Qt::KeyboardModifiers m_lastModifiers;
+    quint64 m_lastTimestamp = 0;
 };
 
 } // namespace

@@ -257,7 +257,8 @@ bool TemplateDialog::event(QEvent* event) {
 }
 
 bool TemplateDialog::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::FocusOut &&
+    // A dialog that is closing has no field left to leave.
+    if (event->type() == QEvent::FocusOut && !m_ended &&
         static_cast<QFocusEvent*>(event)->reason() != Qt::PopupFocusReason) {
         if (const int id = numberOf(watched)) {
             OnEditKillFocus(id);
@@ -469,7 +470,13 @@ bool TemplateDialog::AttachGrid(GridWindow* grid, int placeholderId) {
             m_controls.remove(placeholderId);
         }
     });
-    delete placeholder;
+    if (qobject_cast<GridWindow*>(placeholder) != nullptr) {
+        // A grid that stood here before belongs to its owner, not to the dialog.
+        placeholder->hide();
+        placeholder->setParent(nullptr);
+    } else {
+        delete placeholder;
+    }
     return true;
 }
 

@@ -43,8 +43,9 @@ public:
     void EnableMoveCols(bool enable) { m_moveCols = enable; }
     bool IsEnableMoveCols() const { return m_moveCols; }
 
-    // A cell whose text does not fit shows it whole as a tip after `delayMs`;
-    // 0 or less turns the tips off.
+    // A cell whose text does not fit shows it whole as a tip; a positive `delayMs`
+    // turns the tips on, 0 or less off. The tip comes after the desktop's own tip
+    // delay, which a person expects of every tip.
     void EnableCellTips(int delayMs) { m_cellTipDelay = delayMs; }
     int GetCellTipDelay() const { return m_cellTipDelay; }
 

@@ -83,8 +83,9 @@ public:
     int GetColCount() const;
     bool SetRowCount(int rows);
     bool SetColCount(int cols);
-    // Inserts `count` blank rows before `row` (row count + 1 appends). Overrides call
-    // the base and then style the new rows.
+    // Inserts `count` blank rows before `row` (row count + 1 appends). SetRowCount
+    // and a paste that grows the grid come here too. Overrides call the base and
+    // then style the new rows.
     virtual bool InsertRows(int row, int count, unsigned flags = 0);
     bool RemoveRows(int fromRow, int toRow);
     bool HideRows(int fromRow, int toRow, bool hide = true);
@@ -155,8 +156,10 @@ public:
     // --- Current cell -----------------------------------------------------------
     bool GetCurrentCell(int& row, int& col) const;
     // Moves the current cell: an open edit is stored, OnLeftCell may veto; (0, 0)
-    // leaves the grid without a current cell. `flags` are kept for the callers'
-    // sake; every move ends an open edit.
+    // leaves the grid without a current cell. Code that sets the cell that is
+    // current already still gets OnLeftCell with the same cell as the new one (a
+    // click on the current cell does not). `flags` are kept for the callers' sake;
+    // every call ends an open edit.
     bool SetCurrentCell(int row, int col, unsigned flags = 0);
     bool MoveCurrentCell(int direction, int count = 1);
     // The cell next to (row, col) in `direction`, skipping hidden rows and columns
@@ -206,8 +209,8 @@ public:
     // selection by the EnableSelection flags). `point` in grid coordinates.
     virtual bool OnLButtonHitRowCol(int hitRow, int hitCol, int dragRow, int dragCol, QPoint point,
                                     unsigned flags, int hitState);
-    // The base sorts by a header's column (turning the direction each time) and
-    // opens an editable data cell.
+    // The base sorts the rows down to the last one with text by a header's column
+    // (turning the direction each time) and opens an editable data cell.
     virtual bool OnLButtonDblClkRowCol(int row, int col, unsigned flags, QPoint point);
     // The base makes a data cell current unless it is selected already.
     virtual bool OnRButtonClickedRowCol(int row, int col, unsigned flags, QPoint point);
@@ -242,7 +245,9 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     bool focusNextPrevChild(bool next) override;
+    void focusInEvent(QFocusEvent* event) override;
     bool viewportEvent(QEvent* event) override;
+    void closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) override;
 
 private:
     friend class GridModel;
