@@ -102,6 +102,13 @@ bool ZelWTGrid::OnLButtonHitRowCol(int hitRow, int hitCol, int dragRow, int drag
     }
     if (dragRow != hitRow)
         UpdateButtons(dragRow);
+    // The grid window tells of no cell left when it had no current cell (as after the
+    // load); the first click still gives its row the colour and the owner its buttons,
+    // as leaving the header corner would.
+    int curRow = 0;
+    int curCol = 0;
+    if (hitState == HitStart && hitRow >= 1 && hitCol >= 1 && !GetCurrent(curRow, curCol))
+        OnLeftCell(0, 0, hitRow, hitCol);
     m_bReportNameError = true;
     platform::GridWindow::OnLButtonHitRowCol(hitRow, hitCol, dragRow, dragCol, point, flags,
                                              hitState);

@@ -7,6 +7,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QTest>
 #include <QTimer>
@@ -87,7 +88,15 @@ void GridTest::key(int key, Qt::KeyboardModifiers modifiers) {
     QWidget* target = QApplication::focusWidget();
     if (!target)
         target = &grid();
-    QTest::keyClick(target, static_cast<Qt::Key>(key), modifiers);
+    // Each press carries its own time, as a keyboard's do: two presses of the same key
+    // are two keys, not one key on its way up the parents.
+    static quint64 timestamp = 1;
+    QKeyEvent press(QEvent::KeyPress, key, modifiers);
+    press.setTimestamp(++timestamp);
+    QApplication::sendEvent(target, &press);
+    QKeyEvent release(QEvent::KeyRelease, key, modifiers);
+    release.setTimestamp(++timestamp);
+    QApplication::sendEvent(target, &release);
     settle();
 }
 
