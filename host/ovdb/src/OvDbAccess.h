@@ -104,6 +104,7 @@ public:
     static OvDbStub* findRecord(const OvDbSymbolTable* table, const QString& name);
     static std::vector<OvDbObjectId>& entities(OvDbBlockTableRecord* block);
     static std::vector<OvDbObjectId>& attributes(OvDbBlockReference* reference);
+    static const OvDbStub* blockOf(const OvDbBlockReference* reference);
     // Adds (or replaces) a dictionary entry without the dictionary's checks.
     static void putEntry(OvDbDictionary* dictionary, const QString& name, OvDbStub* entry);
     static const QString& recordName(const OvDbSymbolTableRecord* record);

@@ -2,6 +2,7 @@
 
 #include "OvDbAccess.h"
 #include "OvDbIdCursor.h"
+#include "ovdb/OvDbBlockReference.h"
 #include "ovdb/OvDbBlockTableRecordIterator.h"
 #include "ovdb/OvDbEntity.h"
 #include "ovdb/OvRxClassMacros.h"
@@ -54,6 +55,25 @@ Orvex::ErrorStatus OvDbBlockTableRecord::newIterator(OvDbBlockTableRecordIterato
 bool OvDbBlockTableRecord::isModelSpace() const {
     OvDbAccess::Impl* im = OvDbAccess::implOf(this);
     return im && im->modelSpace == OvDbAccess::stub(this);
+}
+
+Orvex::ErrorStatus OvDbBlockTableRecord::getReferenceIds(OvDbObjectIdArray& ids) const {
+    ids.clear();
+    if (!assertReadEnabled())
+        return Orvex::eNotOpenForRead;
+    OvDbAccess::Impl* im = OvDbAccess::implOf(this);
+    if (!im)
+        return Orvex::eNotInDatabase;
+    const OvDbStub* self = OvDbAccess::stub(this);
+    const auto it = im->blockReferences.find(self);
+    if (it == im->blockReferences.end())
+        return Orvex::eOk;
+    for (const OvDbAccess::Impl::BlockReferenceEntry& e : it->second) {
+        const auto* reference = OvDbAccess::objectAs<OvDbBlockReference>(e.reference);
+        if (reference && !e.reference->erased && OvDbAccess::blockOf(reference) == self)
+            ids.push_back(OvDbObjectId(e.reference));
+    }
+    return Orvex::eOk;
 }
 
 bool OvDbBlockTableRecord::acceptsName(const QString& name) const {

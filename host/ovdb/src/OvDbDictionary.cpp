@@ -231,7 +231,9 @@ void OvDbDictionary::writeFields(OvDbDwgWriter& out) const {
 Orvex::ErrorStatus OvDbDictionary::readFields(OvDbDwgReader& in) {
     if (OvDbObject::readFields(in) != Orvex::eOk)
         return in.status();
-    const QJsonValue value = in.fields().value(QLatin1StringView("entries"));
+    QJsonValue value;
+    if (!in.readValue(QLatin1StringView("entries"), value))
+        return in.status();
     if (value.isUndefined())
         return Orvex::eOk;
     if (!value.isArray())

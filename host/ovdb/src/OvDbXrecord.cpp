@@ -214,7 +214,9 @@ void OvDbXrecord::writeFields(OvDbDwgWriter& out) const {
 Orvex::ErrorStatus OvDbXrecord::readFields(OvDbDwgReader& in) {
     if (OvDbObject::readFields(in) != Orvex::eOk)
         return in.status();
-    const QJsonValue value = in.fields().value(QLatin1StringView("data"));
+    QJsonValue value;
+    if (!in.readValue(QLatin1StringView("data"), value))
+        return in.status();
     if (value.isUndefined())
         return Orvex::eOk;
     if (!value.isArray())

@@ -12,6 +12,8 @@
 
 #include <functional>
 
+#include <sys/stat.h>
+
 namespace {
 
 using namespace Orvex;
@@ -35,6 +37,12 @@ protected:
     }
 
     QString path(const QString& name) const { return dir.filePath(name); }
+
+    QString fifo(const QString& name) const {
+        const QString file = path(name);
+        EXPECT_EQ(::mkfifo(QFile::encodeName(file).constData(), 0600), 0);
+        return file;
+    }
 
     // Every live object of a drawing with its handle, owner, class and values, reached
     // through the public interface alone.
@@ -335,6 +343,8 @@ TEST_F(DrawingFiles, BadFilesLeaveTheDatabaseUntouched) {
         return writeBytes(name, QJsonDocument(root).toJson());
     };
     const QString continuous = source.continuousLinetype().handle().toString();
+    QJsonObject badHeader = goodRoot.value("header").toObject();
+    badHeader.insert("clayre", "1");
 
     struct Case {
         const char* what;
@@ -376,6 +386,31 @@ TEST_F(DrawingFiles, BadFilesLeaveTheDatabaseUntouched) {
          eBadDrawingFormat, "wire_red_1.5"},
         {"unknown type", object("unknown.dwg", "type", "Line", "type", "Spline"), eBadDrawingFormat,
          "Spline"},
+        // A key no object of its class has (here a flipped byte) is named, not passed over;
+        // so is a key given twice, and a key the document or its header does not have.
+        {"unknown key", object("key.dwg", "name", "WIRE_BLUE", "lineWeighu", 50), eBadDrawingFormat,
+         "object " + edited + " .*unknown key \"lineWeighu\""},
+        {"key twice",
+         writeBytes("twice.dwg", QByteArray(bytes).replace("\"type\":\"Line\"",
+                                                           "\"type\":\"Line\",\"type\":\"Line\"")),
+         eBadDrawingFormat, "Line.*\"type\" twice"},
+        {"unknown key of the document", header("rootkey.dwg", "extra", 1), eBadDrawingFormat,
+         "drawing has an unknown key \"extra\""},
+        {"unknown key of the header", header("headerkey.dwg", "header", badHeader),
+         eBadDrawingFormat, "header has an unknown key \"clayre\""},
+        // Texts that are not Unicode: lone surrogates by escape, either half.
+        {"lone high surrogate",
+         writeBytes("high.dwg", QByteArray(bytes).replace("\"WIRE_BLUE\"", "\"WIRE_\\ud800BLUE\"")),
+         eBadDrawingFormat, "not valid Unicode"},
+        {"lone low surrogate",
+         writeBytes("low.dwg", QByteArray(bytes).replace("\"WIRE_BLUE\"", "\"WIRE_\\udc00BLUE\"")),
+         eBadDrawingFormat, "not valid Unicode"},
+        {"JSON that is no object", writeBytes("number.dwg", "42\n"), eNotADrawingFile,
+         "a number, not an object"},
+        // Only a regular file is read: a pipe would block and a device never end.
+        {"a folder", dir.path(), eFileAccessErr, "folder"},
+        {"a pipe", fifo("pipe.dwg"), eFileAccessErr, "pipe"},
+        {"a device", QStringLiteral("/dev/zero"), eFileAccessErr, "device"},
     };
 
     // The victim: a drawing of its own, which no failed read may change.
