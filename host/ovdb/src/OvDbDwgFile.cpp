@@ -179,7 +179,7 @@ public:
 
 private:
     Problem fail(Orvex::ErrorStatus status, const QString& message) { return {status, message}; }
-    Problem parse(const simdjson::padded_string& data, simdjson::dom::object& root);
+    Problem parse(simdjson::padded_string& data, simdjson::dom::object& root);
     Problem parseError(simdjson::error_code error, const simdjson::padded_string& data);
     Problem unknownKey(const QString& where);
     Problem readObjects(simdjson::dom::array objects);
@@ -197,7 +197,7 @@ private:
     };
 
     Impl* m_im;
-    simdjson::dom::parser m_parser;
+    simdjson::dom::document m_document;
     OvDbDwgFileObject m_fields;
     OvDbDwgReader m_reader;
     std::vector<Pending> m_objects;
@@ -257,13 +257,21 @@ Problem Loader::unknownKey(const QString& where) {
                 QStringLiteral("%1 has an unknown key \"%2\"").arg(where, text(field->key)));
 }
 
-Problem Loader::parse(const simdjson::padded_string& data, simdjson::dom::object& root) {
+Problem Loader::parse(simdjson::padded_string& data, simdjson::dom::object& root) {
     const std::string_view all(data.data(), data.size());
     if (all.find_first_not_of(" \t\r\n") == std::string_view::npos)
         return fail(Orvex::eDrawingTruncated, QStringLiteral("the file is empty"));
     simdjson::dom::element document;
-    if (const simdjson::error_code error = m_parser.parse(data).get(document))
-        return parseError(error, data);
+    {
+        // The parse goes into a document of the loader's own, so that the parser's work
+        // space, and the file itself, can go at once: the objects are made from the
+        // document alone.
+        simdjson::dom::parser parser;
+        if (const simdjson::error_code error =
+                parser.parse_into_document(m_document, data.data(), data.size()).get(document))
+            return parseError(error, data);
+    }
+    data = simdjson::padded_string();
     if (document.get_object().get(root) != simdjson::SUCCESS)
         return fail(Orvex::eNotADrawingFile,
                     QStringLiteral("not a drawing file: the JSON in it is %1, not an object")
@@ -312,10 +320,8 @@ Problem Loader::load(simdjson::padded_string& data) {
         p = readHeader(header);
     if (p.status != Orvex::eOk)
         return p;
-    // What the parser holds is not needed any more: let it go before the objects are
-    // placed, so that the file and its parse are never in memory beside the whole drawing.
-    m_parser = simdjson::dom::parser();
-    data = simdjson::padded_string();
+    // The parse is not needed any more: it goes before the objects are placed.
+    m_document = simdjson::dom::document();
     // Stage two: handles become ids, members go to their containers.
     p = resolveReferences();
     if (p.status == Orvex::eOk)
