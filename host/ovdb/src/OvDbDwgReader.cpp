@@ -42,63 +42,83 @@ bool readPointOf(const element& e, OvGePoint3d& out) {
     return true;
 }
 
-// A value of the file as JSON, for the few fields (nested lists) read that way.
-bool toJson(const element& e, QJsonValue& out) {
+using Value = OvDbDwgReader::Value;
+
+// A value of the file, with a list's elements one level deep. False for a text that is
+// not valid Unicode.
+bool toValue(const element& e, Value& out, bool nested = true) {
+    out.items.clear();
     switch (e.type()) {
     case element_type::ARRAY: {
-        QJsonArray array;
+        out.kind = Value::Kind::List;
         simdjson::dom::array items;
         if (e.get_array().get(items) != simdjson::SUCCESS)
             return false;
+        if (!nested)
+            return true;
         for (const element item : items) {
-            QJsonValue v;
-            if (!toJson(item, v))
+            out.items.emplace_back();
+            if (!toValue(item, out.items.back(), false))
                 return false;
-            array.append(v);
         }
-        out = array;
         return true;
     }
-    case element_type::OBJECT: {
-        QJsonObject object;
-        simdjson::dom::object fields;
-        if (e.get_object().get(fields) != simdjson::SUCCESS)
-            return false;
-        for (const simdjson::dom::key_value_pair field : fields) {
-            QString key;
-            QJsonValue v;
-            if (!ovdbFileText(field.key, key) || !toJson(field.value, v))
-                return false;
-            object.insert(key, v);
-        }
-        out = object;
+    case element_type::OBJECT:
+        out.kind = Value::Kind::Object;
         return true;
-    }
     case element_type::STRING: {
-        QString text;
+        out.kind = Value::Kind::Text;
         std::string_view utf8;
-        if (e.get_string().get(utf8) != simdjson::SUCCESS || !ovdbFileText(utf8, text))
-            return false;
-        out = text;
-        return true;
+        return e.get_string().get(utf8) == simdjson::SUCCESS && ovdbFileText(utf8, out.text);
     }
     case element_type::INT64:
     case element_type::UINT64:
     case element_type::DOUBLE:
-        out = number(e);
+        out.kind = Value::Kind::Number;
+        out.number = number(e);
         return true;
-    case element_type::BOOL: {
-        bool b = false;
-        if (e.get_bool().get(b) != simdjson::SUCCESS)
-            return false;
-        out = b;
-        return true;
-    }
+    case element_type::BOOL:
+        out.kind = Value::Kind::Bool;
+        return e.get_bool().get(out.boolean) == simdjson::SUCCESS;
     case element_type::NULL_VALUE:
-        out = QJsonValue(QJsonValue::Null);
+        out.kind = Value::Kind::Null;
         return true;
     }
     return false;
+}
+
+void toValue(const QJsonValue& v, Value& out, bool nested = true) {
+    out.items.clear();
+    out.text.clear();
+    switch (v.type()) {
+    case QJsonValue::Array:
+        out.kind = Value::Kind::List;
+        if (nested) {
+            for (const QJsonValue& item : v.toArray()) {
+                out.items.emplace_back();
+                toValue(item, out.items.back(), false);
+            }
+        }
+        return;
+    case QJsonValue::Object:
+        out.kind = Value::Kind::Object;
+        return;
+    case QJsonValue::String:
+        out.kind = Value::Kind::Text;
+        out.text = v.toString();
+        return;
+    case QJsonValue::Double:
+        out.kind = Value::Kind::Number;
+        out.number = v.toDouble();
+        return;
+    case QJsonValue::Bool:
+        out.kind = Value::Kind::Bool;
+        out.boolean = v.toBool();
+        return;
+    default:
+        out.kind = Value::Kind::Null;
+        return;
+    }
 }
 
 } // namespace
@@ -309,18 +329,44 @@ bool OvDbDwgReader::readRef(QLatin1StringView key, OvDbObjectId& slot, OvRxClass
     return true;
 }
 
-bool OvDbDwgReader::readValue(QLatin1StringView key, QJsonValue& out) {
-    if (!m_file) {
-        out = m_fields.value(key);
-        return true;
+bool OvDbDwgReader::Value::isWhole(double min, double max) const {
+    return kind == Kind::Number && number == std::floor(number) && number >= min && number <= max;
+}
+
+OvDbDwgReader::Items OvDbDwgReader::readItems(QLatin1StringView key,
+                                              const std::function<bool(const Value&)>& each) {
+    Value item;
+    if (m_file) {
+        const element* v = m_file->take(view(key));
+        if (!v)
+            return Items::Missing;
+        simdjson::dom::array list;
+        if (v->get_array().get(list) != simdjson::SUCCESS)
+            return Items::NotAList;
+        for (const element e : list) {
+            if (!toValue(e, item)) {
+                fail(Orvex::eBadDrawingFormat,
+                     QStringLiteral("'%1' holds a text that is not valid Unicode (a lone "
+                                    "surrogate)")
+                         .arg(key));
+                return Items::Failed;
+            }
+            if (!each(item))
+                return Items::Failed;
+        }
+        return Items::Read;
     }
-    out = QJsonValue(QJsonValue::Undefined);
-    const element* v = m_file->take(view(key));
-    if (!v || toJson(*v, out))
-        return true;
-    fail(Orvex::eBadDrawingFormat,
-         QStringLiteral("'%1' holds a text that is not valid Unicode (a lone surrogate)").arg(key));
-    return false;
+    const QJsonValue v = m_fields.value(key);
+    if (v.isUndefined())
+        return Items::Missing;
+    if (!v.isArray())
+        return Items::NotAList;
+    for (const QJsonValue& e : v.toArray()) {
+        toValue(e, item);
+        if (!each(item))
+            return Items::Failed;
+    }
+    return Items::Read;
 }
 
 void OvDbDwgReader::addDictionaryEntry(OvDbDictionary* dictionary, const QString& name,

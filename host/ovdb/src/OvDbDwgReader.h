@@ -9,6 +9,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <functional>
 #include <string_view>
 #include <vector>
 
@@ -40,6 +41,20 @@ public:
         std::uint64_t handle;
     };
 
+    // One value of a list item (a dictionary entry, an xrecord's data item), plain.
+    struct Value {
+        enum class Kind { Null, Bool, Number, Text, List, Object };
+        Kind kind = Kind::Null;
+        double number = 0;
+        bool boolean = false;
+        QString text;
+        // A list's elements, one level deep: enough for a point.
+        std::vector<Value> items;
+
+        bool isWhole(double min, double max) const;
+    };
+    enum class Items { Missing, NotAList, Read, Failed };
+
     void begin(const QJsonObject& fields, OvDbObject* object, std::uint64_t handle);
     void begin(OvDbDwgFileObject* fields, OvDbObject* object, std::uint64_t handle);
     OvDbObject* object() const { return m_object; }
@@ -54,9 +69,10 @@ public:
     // A missing key or "0" is the null id, when allowed.
     bool readRef(QLatin1StringView key, OvDbObjectId& slot, OvRxClass* expected,
                  bool required = false);
-    // A value of nested lists (a dictionary's entries, an xrecord's data) as JSON;
-    // undefined when the key is missing. False when a text in it is not valid Unicode.
-    bool readValue(QLatin1StringView key, QJsonValue& out);
+    // The list under `key`, item by item: `each` gets every item (itself mostly a list)
+    // and says false, after calling fail(), to stop the read. A text that is not valid
+    // Unicode fails the read here.
+    Items readItems(QLatin1StringView key, const std::function<bool(const Value& item)>& each);
     void addDictionaryEntry(OvDbDictionary* dictionary, const QString& name, std::uint64_t handle);
 
     Orvex::ErrorStatus fail(Orvex::ErrorStatus status, const QString& problem);
