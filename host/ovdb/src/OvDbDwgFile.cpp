@@ -524,12 +524,14 @@ Problem Loader::placeObjects() {
                                             "belongs to another owner")
                                  .arg(hex(xdict->handle)));
 
-        if (object->isKindOf(OvDbSymbolTable::desc())) {
+        // Most objects of a drawing are lines: they skip the tests of class.
+        const bool line = object->isA() == OvDbLine::desc();
+        if (!line && object->isKindOf(OvDbSymbolTable::desc())) {
             if (owner)
                 return misplaced(QStringLiteral("is a table and cannot have an owner"));
             if (self != m_im->layerTable && self != m_im->linetypeTable && self != m_im->blockTable)
                 return misplaced(QStringLiteral("is a table the header does not name"));
-        } else if (object->isKindOf(OvDbSymbolTableRecord::desc())) {
+        } else if (!line && object->isKindOf(OvDbSymbolTableRecord::desc())) {
             auto* table = OvDbSymbolTable::cast(ownerObject);
             auto* record = static_cast<OvDbSymbolTableRecord*>(object);
             const bool fits =
@@ -545,17 +547,17 @@ Problem Loader::placeObjects() {
                                      .arg(name));
             OvDbAccess::records(table).push_back(OvDbObjectId(self));
             OvDbAccess::indexRecord(table, self);
-        } else if (object->isKindOf(OvDbAttribute::desc())) {
+        } else if (!line && object->isKindOf(OvDbAttribute::desc())) {
             auto* reference = OvDbBlockReference::cast(ownerObject);
             if (!reference)
                 return misplaced(QStringLiteral("is not owned by a block reference"));
             OvDbAccess::attributes(reference).push_back(OvDbObjectId(self));
-        } else if (object->isKindOf(OvDbEntity::desc())) {
+        } else if (line || object->isKindOf(OvDbEntity::desc())) {
             auto* block = OvDbBlockTableRecord::cast(ownerObject);
             if (!block)
                 return misplaced(QStringLiteral("is not owned by a block"));
             OvDbAccess::entities(block).push_back(OvDbObjectId(self));
-            if (auto* reference = OvDbBlockReference::cast(object))
+            if (auto* reference = line ? nullptr : OvDbBlockReference::cast(object))
                 m_im->indexBlockReference(self, OvDbAccess::blockOf(reference));
         } else if (!owner) {
             if (self != m_im->namedObjects)
