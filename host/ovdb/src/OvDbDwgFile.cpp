@@ -29,6 +29,7 @@
 #include <QJsonDocument>
 #include <QSaveFile>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -607,13 +608,44 @@ Problem Loader::findWellKnown() {
     return {};
 }
 
+// The name of a file as the file system spells it. Names are UTF-8 here; a name that is
+// not (written by another system, say in Latin-1) reaches us with its stray bytes read as
+// U+FFFD, which no file is called. Such a name is looked up in its folder: the one entry
+// that reads the same is the file meant. Without such an entry, or with two, the name
+// stays as it is (and is not found).
+QByteArray nativeFileName(const QString& file) {
+    const QByteArray plain = QFile::encodeName(file);
+    struct stat st {};
+    if (!file.contains(QChar::ReplacementCharacter) || ::lstat(plain.constData(), &st) == 0)
+        return plain;
+    const QFileInfo info(file);
+    const QString folder = info.path();
+    const QString leaf = info.fileName();
+    const QByteArray nativeFolder =
+        folder == file ? QFile::encodeName(folder) : nativeFileName(folder);
+    QByteArray found;
+    int matches = 0;
+    if (DIR* dir = ::opendir(nativeFolder.constData())) {
+        while (const dirent* entry = ::readdir(dir)) {
+            if (QFile::decodeName(entry->d_name) == leaf) {
+                found = entry->d_name;
+                ++matches;
+            }
+        }
+        ::closedir(dir);
+    }
+    if (matches != 1)
+        return plain;
+    return nativeFolder.endsWith('/') ? nativeFolder + found : nativeFolder + '/' + found;
+}
+
 // Reads a drawing file whole. Only a regular file is read: a pipe or a device could block
 // the host for ever or feed it without end, and a directory holds no drawing. What is
 // read is bounded by the size the file had when it was opened, so a file that grows
 // meanwhile cannot make the read run on.
 Orvex::ErrorStatus readWholeFile(const QString& file, simdjson::padded_string& data,
                                  QString& problem) {
-    const QByteArray name = QFile::encodeName(file);
+    const QByteArray name = nativeFileName(file);
     struct stat st {};
     if (::stat(name.constData(), &st) != 0) {
         problem = errno == ENOENT || errno == ENOTDIR
@@ -709,7 +741,12 @@ Orvex::ErrorStatus OvDbDatabase::saveAs(const wchar_t* path) {
     header.insert(QLatin1StringView("clayer"), writer.refText(clayer()));
     header.insert(QLatin1StringView("handseed"), hex(d->handseed));
 
-    QSaveFile out(file);
+    // A file whose name is not UTF-8 is written under a name Qt can spell, beside it, and
+    // then renamed over it: still whole or not at all.
+    const QByteArray native = nativeFileName(file);
+    const bool byRename = native != QFile::encodeName(file);
+    const QString written = byRename ? file + QStringLiteral(".ovsave") : file;
+    QSaveFile out(written);
     if (!out.open(QIODevice::WriteOnly))
         return fail(Orvex::eFileWriteFailed,
                     QStringLiteral("%1: cannot be written: %2").arg(file, out.errorString()));
@@ -736,6 +773,12 @@ Orvex::ErrorStatus OvDbDatabase::saveAs(const wchar_t* path) {
     if (!out.commit())
         return fail(Orvex::eFileWriteFailed,
                     QStringLiteral("%1: cannot be written: %2").arg(file, out.errorString()));
+    if (byRename && ::rename(QFile::encodeName(written).constData(), native.constData()) != 0) {
+        const QString why = QString::fromLocal8Bit(std::strerror(errno));
+        QFile::remove(written);
+        return fail(Orvex::eFileWriteFailed,
+                    QStringLiteral("%1: cannot be written: %2").arg(file, why));
+    }
     m_fileName = QFileInfo(file).absoluteFilePath();
     m_wideFileName = m_fileName.toStdWString();
     d->dbmod = 0;

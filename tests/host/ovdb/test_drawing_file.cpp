@@ -12,7 +12,11 @@
 
 #include <functional>
 
+#include <dirent.h>
 #include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
 
 namespace {
 
@@ -429,6 +433,34 @@ TEST_F(DrawingFiles, BadFilesLeaveTheDatabaseUntouched) {
         EXPECT_EQ(db.fileName(), kept);
         EXPECT_FALSE(db.isModified());
     }
+}
+
+// A name written by another system in another encoding (here Latin-1) is not UTF-8: the
+// file opens and saves under its own name all the same, and no other file appears.
+TEST_F(DrawingFiles, AFileWhoseNameIsNotUtf8OpensAndSavesUnderItsName) {
+    const QString good = path("good.dwg");
+    ASSERT_EQ(db.saveAs(w(good).c_str()), eOk);
+    const QByteArray latin1 = QFile::encodeName(dir.path()) + "/caf\xe9.dwg";
+    ASSERT_EQ(::rename(QFile::encodeName(good).constData(), latin1.constData()), 0);
+    const QString name = QFile::decodeName(latin1);
+    ASSERT_TRUE(name.contains(QChar::ReplacementCharacter));
+
+    OvDbDatabase side(false, true);
+    ASSERT_EQ(side.readDwgFile(w(name).c_str()), eOk) << side.lastErrorMessage().toStdString();
+    addLayer(side, QStringLiteral("ADDED"));
+    ASSERT_EQ(side.saveAs(w(name).c_str()), eOk) << side.lastErrorMessage().toStdString();
+    int files = 0;
+    if (DIR* folder = ::opendir(QFile::encodeName(dir.path()).constData())) {
+        while (const dirent* entry = ::readdir(folder))
+            files += entry->d_name[0] != '.';
+        ::closedir(folder);
+    }
+    EXPECT_EQ(files, 1) << "no second file";
+    OvDbDatabase again(false, true);
+    ASSERT_EQ(again.readDwgFile(w(name).c_str()), eOk);
+    EXPECT_TRUE(dump(again).join('\n').contains("name=ADDED"));
+    // Qt cannot name it to remove it with its folder.
+    ::unlink(latin1.constData());
 }
 
 TEST_F(DrawingFiles, FailedSaveKeepsTheOldFile) {
