@@ -6,7 +6,8 @@
 #
 # WORKDIR receives the drawings (made once by make-drawing.py) and the peer reader.
 # Rows: big mid small nomodule calls100 other dxflib ezdxf-big ezdxf-mid ezdxf-small.
-# The peers need python3-ezdxf and libdxflib-dev (scripts/setup-bench-peers installs them).
+# The peers need python3-ezdxf and libdxflib-dev: bench/peers/setup-peers installs them
+# when a peer row is asked for.
 set -euo pipefail
 bin=$(cd "$1" && pwd)
 work=$2
@@ -67,9 +68,11 @@ for row in "${rows[@]}"; do
         run "other drawing by path" "${orvex[@]}" \
             --eval "$(timed "by path" "(zel_get_active_dwg_wiretype \"$work/other.dwg\")")" small.dwg ;;
     dxflib)
+        "$here/../peers/setup-peers"
         [ -x dxflib_read ] || g++ -O2 -o dxflib_read "$here/../peers/dxflib_read.cpp" -ldxflib
         run "dxflib read big.dxf" ./dxflib_read big.dxf ;;
     ezdxf-big | ezdxf-mid | ezdxf-small)
+        "$here/../peers/setup-peers"
         run "ezdxf list ${row#ezdxf-}" /usr/bin/python3 "$here/../peers/ezdxf_list.py" "${row#ezdxf-}.dxf" ;;
     *) echo "unknown row $row" ;;
     esac
