@@ -112,7 +112,9 @@ OvDbBlockTableRecordIterator::OvDbBlockTableRecordIterator(const OvDbBlockTableR
 OvDbBlockTableRecordIterator::~OvDbBlockTableRecordIterator() = default;
 
 const std::vector<OvDbObjectId>* OvDbBlockTableRecordIterator::entities() const {
-    const auto* block = OvDbAccess::objectAs<OvDbBlockTableRecord>(m_block);
+    // As for a table's iterator: the id was a block's when the iterator was made.
+    const OvDbStub* stub = m_block.stub();
+    const auto* block = stub ? static_cast<const OvDbBlockTableRecord*>(stub->object) : nullptr;
     return block ? &block->m_entities : nullptr;
 }
 

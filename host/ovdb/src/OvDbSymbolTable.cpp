@@ -172,7 +172,10 @@ OvDbSymbolTableIterator::OvDbSymbolTableIterator(const OvDbSymbolTable* table, b
 OvDbSymbolTableIterator::~OvDbSymbolTableIterator() = default;
 
 const std::vector<OvDbObjectId>* OvDbSymbolTableIterator::records() const {
-    const auto* table = OvDbAccess::objectAs<OvDbSymbolTable>(m_table);
+    // Asked at every step of every walk. The id was a table's when the iterator was made,
+    // and a stub never holds an object of another class, so only its presence is tested.
+    const OvDbStub* stub = m_table.stub();
+    const auto* table = stub ? static_cast<const OvDbSymbolTable*>(stub->object) : nullptr;
     return table ? &table->m_records : nullptr;
 }
 
