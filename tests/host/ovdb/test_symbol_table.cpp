@@ -105,6 +105,58 @@ TEST_F(SymbolTables, NamesAreCheckedAndCompareWithoutCase) {
     table->close();
 }
 
+// The table answers a name from its index; a walk in table order that compares without
+// regard to case and passes over erased records must give the same record, whatever
+// happened to the names: non-ASCII letters (one outside the basic plane), renames, erased
+// records and new ones of an erased name.
+TEST_F(SymbolTables, LookUpGivesTheRecordAWalkInTableOrderFinds) {
+    const QString deseret = QString::fromUcs4(U"\U00010400X");      // capital long I
+    const QString deseretSmall = QString::fromUcs4(U"\U00010428x"); // its small form
+    for (const QString& name : {QStringLiteral("WIRE_RED"), QStringLiteral("Ärger_1"),
+                                QStringLiteral("ΣΊΣΥΦΟΣ"), deseret, QStringLiteral("OLD")})
+        addLayer(name);
+    auto rename = [&](const wchar_t* from, const wchar_t* to) {
+        OvDbLayerTableRecord* layer = nullptr;
+        ASSERT_EQ(ovdbOpenObject(layer, layerAt(from), OvDb::kForWrite), eOk);
+        EXPECT_EQ(layer->setName(to), eOk);
+        layer->close();
+    };
+    rename(L"OLD", L"New");
+    rename(L"wire_red", L"Wire_Red"); // a change of case only
+    setErased(layerAt(L"ärger_1"));
+    const OvDbObjectId again = addLayer(QStringLiteral("ÄRGER_1"));
+    EXPECT_NE(again, OvDbObjectId());
+
+    auto walk = [&](const QString& name) {
+        OvDbLayerTable* table = nullptr;
+        EXPECT_EQ(db.getSymbolTable(table, OvDb::kForRead), eOk);
+        OvDbLayerTableIterator* it = nullptr;
+        table->newIterator(it, true, true);
+        table->close();
+        OvDbObjectId found;
+        for (; !it->done() && found.isNull(); it->step()) {
+            OvDbLayerTableRecord* layer = nullptr;
+            EXPECT_EQ(it->getRecord(layer, OvDb::kForRead), eOk);
+            if (layer->name().compare(name, Qt::CaseInsensitive) == 0)
+                found = layer->objectId();
+            layer->close();
+        }
+        delete it;
+        return found;
+    };
+    for (const QString& name :
+         {QStringLiteral("wire_red"), QStringLiteral("WIRE_RED"), QStringLiteral("ärger_1"),
+          QStringLiteral("σίσυφοσ"), QStringLiteral("ΣΊΣΥΦΟΣ"), deseretSmall, deseret,
+          QStringLiteral("old"), QStringLiteral("NEW"), QStringLiteral("0"),
+          QStringLiteral("missing")}) {
+        SCOPED_TRACE(name.toStdString());
+        const OvDbObjectId walked = walk(name);
+        EXPECT_EQ(layerAt(name.toStdWString().c_str()), walked);
+        EXPECT_EQ(walked.isNull(), name == "old" || name == "missing");
+    }
+    EXPECT_EQ(walk("ärger_1"), again);
+}
+
 TEST_F(SymbolTables, RenameMovesTheNameAndKeepsTheRecord) {
     const OvDbObjectId id = addLayer(QStringLiteral("OLD"));
     addLayer(QStringLiteral("TAKEN"));
