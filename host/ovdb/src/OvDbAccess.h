@@ -110,6 +110,8 @@ public:
     static const QString& recordName(const OvDbSymbolTableRecord* record);
     static void setRecordName(OvDbSymbolTableRecord* record, const QString& name);
     static OvDbStub* layerOf(const OvDbEntity* entity);
+    // Counts a live entity on its layer, or stops counting it (erased, or moving away).
+    static void countUse(OvDbObject* object, bool using_);
     static void setLayerOf(OvDbEntity* entity, OvDbStub* layer);
     static void setInUse(OvDbLayerTableRecord* layer, bool inUse);
     static OvDbStub* linetypeOf(const OvDbLayerTableRecord* layer);

@@ -50,6 +50,17 @@ struct OvDbDatabase::Impl {
         OvDbStub* reference;
     };
     std::unordered_map<const OvDbStub*, std::vector<BlockReferenceEntry>> blockReferences;
+    // Live entities (attributes included) on each layer, kept as entities are added,
+    // erased, revived and moved, so that usage data costs the layers, not the entities.
+    std::unordered_map<const OvDbStub*, std::size_t> layerUse;
+    void useLayer(const OvDbStub* layer, bool using_) {
+        if (!layer)
+            return;
+        if (using_)
+            ++layerUse[layer];
+        else if (const auto it = layerUse.find(layer); it != layerUse.end() && it->second > 0)
+            --it->second;
+    }
     std::uint64_t nextReferenceOrder = 0;
     // A reference new to the drawing comes last.
     void indexBlockReference(OvDbStub* reference, const OvDbStub* block);

@@ -599,8 +599,11 @@ Problem Loader::findWellKnown() {
                     QStringLiteral("the current layer is not a layer of the drawing"));
     // A reference the save could not keep (its object was erased) reads as the default.
     for (const Pending& pending : m_objects) {
-        if (auto* entity = OvDbEntity::cast(pending.object); entity && !OvDbAccess::layerOf(entity))
-            OvDbAccess::setLayerOf(entity, m_im->layerZero);
+        if (auto* entity = OvDbEntity::cast(pending.object)) {
+            if (!OvDbAccess::layerOf(entity))
+                OvDbAccess::setLayerOf(entity, m_im->layerZero);
+            m_im->useLayer(OvDbAccess::layerOf(entity), true);
+        }
         if (auto* layer = OvDbLayerTableRecord::cast(pending.object);
             layer && !OvDbAccess::linetypeOf(layer))
             OvDbAccess::setLinetypeOf(layer, m_im->continuous);

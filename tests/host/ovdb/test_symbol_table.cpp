@@ -3,6 +3,8 @@
 
 #include "OvdbTest.h"
 
+#include <QTemporaryDir>
+
 namespace {
 
 using namespace Orvex;
@@ -328,6 +330,53 @@ TEST_F(SymbolTables, UsageDataMarksLayersThatLiveEntitiesUse) {
     EXPECT_TRUE(isInUse(attrs));
     generate();
     EXPECT_FALSE(isInUse(attrs)) << "an erased reference takes its attributes along";
+
+    // Revived, moved to another layer, erased with its block: what the marks follow is
+    // kept as it changes, not walked again.
+    setErased(referenceId, false);
+    OvDbObjectId line;
+    {
+        OvDbBlockTableRecord* space = nullptr;
+        ASSERT_EQ(ovdbOpenObject(space, db.modelSpaceId(), OvDb::kForRead), eOk);
+        OvDbBlockTableRecordIterator* it = nullptr;
+        space->newIterator(it);
+        space->close();
+        line = it->entityId();
+        delete it;
+    }
+    OvDbEntity* moved = nullptr;
+    ASSERT_EQ(ovdbOpenObject(moved, line, OvDb::kForWrite), eOk);
+    ASSERT_EQ(moved->setLayer(empty), eOk);
+    moved->close();
+    OvDbObjectId symbol;
+    ASSERT_EQ(db.getSymbolTable(blocks, OvDb::kForRead), eOk);
+    blocks->getIdAt(L"SYMBOL", symbol);
+    blocks->close();
+    setErased(symbol);
+    generate();
+    EXPECT_TRUE(isInUse(attrs));
+    EXPECT_TRUE(isInUse(empty));
+    EXPECT_FALSE(isInUse(lines));
+    EXPECT_FALSE(isInUse(inBlock)) << "a block's entities go with it";
+    setErased(symbol, false);
+    generate();
+    EXPECT_TRUE(isInUse(inBlock));
+
+    // A drawing read from a file knows the same.
+    QTemporaryDir dir;
+    const std::wstring file = dir.filePath(QStringLiteral("usage.dwg")).toStdWString();
+    ASSERT_EQ(db.saveAs(file.c_str()), eOk);
+    OvDbDatabase side(false, true);
+    ASSERT_EQ(side.readDwgFile(file.c_str()), eOk);
+    OvDbLayerTable* table = nullptr;
+    ASSERT_EQ(side.getSymbolTable(table, OvDb::kForRead), eOk);
+    ASSERT_EQ(table->generateUsageData(), eOk);
+    table->close();
+    for (OvDbObjectId id : {lines, attrs, erased, inBlock, empty, current}) {
+        OvDbObjectId same;
+        ASSERT_EQ(side.getOvDbObjectId(same, false, id.handle()), eOk);
+        EXPECT_EQ(isInUse(same), isInUse(id)) << id.handle().toString().toStdString();
+    }
 }
 
 } // namespace
