@@ -11,6 +11,7 @@
 #include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
+#include <simdjson.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -134,6 +135,7 @@ void counters(benchmark::State& state, const Sample& s) {
     state.counters["fileMB"] = static_cast<double>(s.fileSize) / (1024.0 * 1024.0);
 }
 
+// Bytes per second is the reader's speed; compare it with the bare parse below.
 void BM_ReadDrawing(benchmark::State& state) {
     Sample& s = Sample::get();
     const std::wstring path = s.file.toStdWString();
@@ -143,6 +145,78 @@ void BM_ReadDrawing(benchmark::State& state) {
             state.SkipWithError("read failed");
         benchmark::DoNotOptimize(side.approxNumObjects());
     }
+    state.SetBytesProcessed(state.iterations() * s.fileSize);
+    counters(state, s);
+}
+
+// The parser alone on the same file, loaded from disk each time as the reader does: what
+// a read can at best come near.
+void BM_BareParse(benchmark::State& state) {
+    Sample& s = Sample::get();
+    const std::string path = s.file.toStdString();
+    simdjson::dom::parser parser;
+    for (auto _ : state) {
+        simdjson::padded_string data;
+        if (simdjson::padded_string::load(path).get(data) != simdjson::SUCCESS) {
+            state.SkipWithError("load failed");
+            break;
+        }
+        simdjson::dom::element document;
+        if (parser.parse(data).get(document) != simdjson::SUCCESS)
+            state.SkipWithError("parse failed");
+        benchmark::DoNotOptimize(document);
+    }
+    state.SetBytesProcessed(state.iterations() * s.fileSize);
+    counters(state, s);
+}
+
+// The references of the WD_M block, which the block knows: costs their number, whatever
+// the number of lines.
+void BM_BlockReferences(benchmark::State& state) {
+    Sample& s = Sample::get();
+    OvDbBlockTable* blocks = nullptr;
+    s.db.getSymbolTable(blocks, OvDb::kForRead);
+    OvDbObjectId wdm;
+    blocks->getIdAt(L"WD_M", wdm);
+    blocks->close();
+    for (auto _ : state) {
+        OvDbBlockTableRecord* block = nullptr;
+        ovdbOpenObject(block, wdm, OvDb::kForRead);
+        OvDbObjectIdArray ids;
+        block->getReferenceIds(ids);
+        block->close();
+        if (ids.size() != 1)
+            state.SkipWithError("the WD_M reference was not found");
+    }
+    counters(state, s);
+}
+
+// A case-blind walk of the layer table to its last record, as a look-up by a walk does:
+// the cost of each step (iterator, open, name, compare, close) times the layers.
+void BM_LayerNameWalk(benchmark::State& state) {
+    Sample& s = Sample::get();
+    const QString wanted = QString::fromStdWString(layerName(s.layers - 1)).toLower();
+    for (auto _ : state) {
+        OvDbLayerTable* table = nullptr;
+        s.db.getSymbolTable(table, OvDb::kForRead);
+        OvDbLayerTableIterator* it = nullptr;
+        table->newIterator(it, true, true);
+        table->close();
+        bool found = false;
+        for (; !found && !it->done(); it->step()) {
+            OvDbLayerTableRecord* layer = nullptr;
+            if (it->getRecord(layer, OvDb::kForRead) != eOk)
+                continue;
+            QString name;
+            layer->getName(name);
+            found = name.compare(wanted, Qt::CaseInsensitive) == 0;
+            layer->close();
+        }
+        delete it;
+        if (!found)
+            state.SkipWithError("not found");
+    }
+    state.SetItemsProcessed(state.iterations() * s.layers);
     counters(state, s);
 }
 
@@ -232,6 +306,9 @@ void BM_SymbolLookup(benchmark::State& state) {
 }
 
 BENCHMARK(BM_ReadDrawing)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_BareParse)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_BlockReferences);
+BENCHMARK(BM_LayerNameWalk)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_SaveDrawing)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_LayerWalk)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_GenerateUsageData)->Unit(benchmark::kMillisecond);

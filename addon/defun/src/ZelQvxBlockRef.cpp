@@ -4,13 +4,13 @@
 #include "ovdb/OvDbBlockReference.h"
 #include "ovdb/OvDbBlockTable.h"
 #include "ovdb/OvDbBlockTableRecord.h"
-#include "ovdb/OvDbBlockTableRecordIterator.h"
 #include "ovdb/OvDbDatabase.h"
 #include "ovdb/OvDbObjectIterator.h"
 #include "ovdb/OvRxClass.h"
 #include "ovdb/ovdbOpenObject.h"
 
 #include <memory>
+#include <vector>
 
 namespace {
 
@@ -60,25 +60,22 @@ bool ZelQvxBlockRef::find(const QString& blockName, int param, int mode) {
     if (!known)
         return false;
 
-    OvDbBlockTableRecord* space = nullptr;
-    if (ovdbOpenObject(space, spaceId, OvDb::kForRead) != Orvex::eOk)
+    // The block knows its references, so the search costs their number, not a walk of
+    // the space's entities; they come in drawing order, erased ones left out.
+    OvDbBlockTableRecord* block = nullptr;
+    if (ovdbOpenObject(block, blockId, OvDb::kForRead) != Orvex::eOk)
         return false;
-    OvDbBlockTableRecordIterator* rawIterator = nullptr;
-    const Orvex::ErrorStatus es = space->newIterator(rawIterator, true, true);
-    // The iterator outlives the open of its block, so nothing stays open during the walk.
-    space->close();
-    std::unique_ptr<OvDbBlockTableRecordIterator> iterator(rawIterator);
-    if (es != Orvex::eOk || !iterator)
+    OvDbObjectIdArray references;
+    const Orvex::ErrorStatus es = block->getReferenceIds(references);
+    block->close();
+    if (es != Orvex::eOk)
         return false;
 
-    for (; !iterator->done(); iterator->step()) {
-        const OvDbObjectId id = iterator->entityId();
-        if (!isBlockReference(id))
-            continue;
+    for (const OvDbObjectId& id : references) {
         OvDbBlockReference* reference = nullptr;
         if (ovdbOpenObject(reference, id, OvDb::kForRead) != Orvex::eOk)
             continue;
-        const bool match = reference->blockTableRecord() == blockId;
+        const bool match = reference->ownerId() == spaceId;
         reference->close();
         if (match) {
             m_found = true;
@@ -104,6 +101,14 @@ bool ZelQvxBlockRef::foundReference(OvDbObjectId& id) const {
 }
 
 bool ZelQvxBlockRef::accessAttribute(const QString& tag, QString* read, const QString* write) {
+    // A drawing shared with other helpers is copied before it is written; handles stay
+    // the same in the copy, so the reference found is found there too.
+    if (write != nullptr && m_found) {
+        OvDbDatabase* own = databaseForWrite();
+        if (own == nullptr)
+            return false;
+        m_foundSession = own->sessionNumber();
+    }
     OvDbObjectId referenceId;
     if (!foundReference(referenceId))
         return false;

@@ -104,11 +104,14 @@ public:
     static OvDbStub* findRecord(const OvDbSymbolTable* table, const QString& name);
     static std::vector<OvDbObjectId>& entities(OvDbBlockTableRecord* block);
     static std::vector<OvDbObjectId>& attributes(OvDbBlockReference* reference);
+    static const OvDbStub* blockOf(const OvDbBlockReference* reference);
     // Adds (or replaces) a dictionary entry without the dictionary's checks.
     static void putEntry(OvDbDictionary* dictionary, const QString& name, OvDbStub* entry);
     static const QString& recordName(const OvDbSymbolTableRecord* record);
     static void setRecordName(OvDbSymbolTableRecord* record, const QString& name);
     static OvDbStub* layerOf(const OvDbEntity* entity);
+    // Counts a live entity on its layer, or stops counting it (erased, or moving away).
+    static void countUse(OvDbObject* object, bool using_);
     static void setLayerOf(OvDbEntity* entity, OvDbStub* layer);
     static void setInUse(OvDbLayerTableRecord* layer, bool inUse);
     static OvDbStub* linetypeOf(const OvDbLayerTableRecord* layer);

@@ -41,6 +41,9 @@ Orvex::ErrorStatus OvDbBlockReference::setBlockTableRecord(OvDbObjectId id) {
         return Orvex::eWrongObjectType;
     if (!isNewObject() && id.database() != database())
         return Orvex::eWrongDatabase;
+    if (!isNewObject() && id != m_block)
+        OvDbAccess::implOf(this)->moveBlockReference(OvDbAccess::stub(this), m_block.stub(),
+                                                     id.stub());
     m_block = id;
     return Orvex::eOk;
 }
@@ -99,6 +102,8 @@ OvDbObjectIterator* OvDbBlockReference::attributeIterator() const {
 
 void OvDbBlockReference::addedToDatabase() {
     OvDbAccess::Impl* im = OvDbAccess::implOf(this);
+    if (!m_block.isNull() && m_block.database() == database())
+        im->indexBlockReference(OvDbAccess::stub(this), m_block.stub());
     std::vector<OvDbAttribute*> pending;
     pending.swap(m_pending);
     for (OvDbAttribute* attribute : pending) {
@@ -118,6 +123,10 @@ void OvDbBlockReference::ownedObjects(std::vector<OvDbObjectId>& ids) const {
 
 std::vector<OvDbObjectId>& OvDbAccess::attributes(OvDbBlockReference* reference) {
     return reference->m_attributes;
+}
+
+const OvDbStub* OvDbAccess::blockOf(const OvDbBlockReference* reference) {
+    return reference->m_block.stub();
 }
 
 void OvDbBlockReference::writeFields(OvDbDwgWriter& out) const {

@@ -2,6 +2,7 @@
 
 #include "OvDbAccess.h"
 #include "OvDbIdCursor.h"
+#include "ovdb/OvDbBlockReference.h"
 #include "ovdb/OvDbBlockTableRecordIterator.h"
 #include "ovdb/OvDbEntity.h"
 #include "ovdb/OvRxClassMacros.h"
@@ -56,6 +57,25 @@ bool OvDbBlockTableRecord::isModelSpace() const {
     return im && im->modelSpace == OvDbAccess::stub(this);
 }
 
+Orvex::ErrorStatus OvDbBlockTableRecord::getReferenceIds(OvDbObjectIdArray& ids) const {
+    ids.clear();
+    if (!assertReadEnabled())
+        return Orvex::eNotOpenForRead;
+    OvDbAccess::Impl* im = OvDbAccess::implOf(this);
+    if (!im)
+        return Orvex::eNotInDatabase;
+    const OvDbStub* self = OvDbAccess::stub(this);
+    const auto it = im->blockReferences.find(self);
+    if (it == im->blockReferences.end())
+        return Orvex::eOk;
+    for (const OvDbAccess::Impl::BlockReferenceEntry& e : it->second) {
+        const auto* reference = OvDbAccess::objectAs<OvDbBlockReference>(e.reference);
+        if (reference && !e.reference->erased && OvDbAccess::blockOf(reference) == self)
+            ids.push_back(OvDbObjectId(e.reference));
+    }
+    return Orvex::eOk;
+}
+
 bool OvDbBlockTableRecord::acceptsName(const QString& name) const {
     // "*Model_Space", "*Paper_Space" and anonymous blocks begin with an asterisk.
     if (name.startsWith(QLatin1Char('*')))
@@ -92,7 +112,9 @@ OvDbBlockTableRecordIterator::OvDbBlockTableRecordIterator(const OvDbBlockTableR
 OvDbBlockTableRecordIterator::~OvDbBlockTableRecordIterator() = default;
 
 const std::vector<OvDbObjectId>* OvDbBlockTableRecordIterator::entities() const {
-    const auto* block = OvDbAccess::objectAs<OvDbBlockTableRecord>(m_block);
+    // As for a table's iterator: the id was a block's when the iterator was made.
+    const OvDbStub* stub = m_block.stub();
+    const auto* block = stub ? static_cast<const OvDbBlockTableRecord*>(stub->object) : nullptr;
     return block ? &block->m_entities : nullptr;
 }
 

@@ -68,7 +68,7 @@ void Cloner::copyInto(OvDbObject* target, const OvDbObject* source) {
     OvDbDwgWriter writer(OvDbDwgWriter::Mode::Clone);
     OvDbAccess::writeFields(source, writer);
     OvDbDwgReader reader;
-    reader.begin(writer.fields(), target, 0, OvDbAccess::typeName(source->isA()));
+    reader.begin(writer.fields(), target, 0);
     // Fields written by this very code read back; a refusal would be a bug of the writer.
     if (OvDbAccess::readFields(target, reader) != Orvex::eOk)
         return;

@@ -12,6 +12,7 @@
 #include "ovdb/ovdbEntityName.h"
 #include "ovdb/ovdbOpenObject.h"
 
+#include <algorithm>
 #include <unordered_map>
 
 namespace {
@@ -120,6 +121,45 @@ OvDbStub* OvDbDatabase::Impl::newStub(std::uint64_t handle) {
     if (handle >= handseed)
         handseed = handle + 1;
     return &stub;
+}
+
+void OvDbDatabase::Impl::indexBlockReference(OvDbStub* reference, const OvDbStub* block) {
+    if (!block)
+        return;
+    std::vector<BlockReferenceEntry>& list = blockReferences[block];
+    for (const BlockReferenceEntry& e : list) {
+        if (e.reference == reference)
+            return;
+    }
+    list.push_back({nextReferenceOrder++, reference});
+}
+
+void OvDbDatabase::Impl::moveBlockReference(OvDbStub* reference, const OvDbStub* from,
+                                            const OvDbStub* to) {
+    std::uint64_t order = nextReferenceOrder;
+    bool known = false;
+    if (const auto it = blockReferences.find(from); it != blockReferences.end()) {
+        std::vector<BlockReferenceEntry>& list = it->second;
+        for (auto e = list.begin(); e != list.end(); ++e) {
+            if (e->reference == reference) {
+                order = e->order;
+                known = true;
+                list.erase(e);
+                break;
+            }
+        }
+    }
+    if (!to)
+        return;
+    if (!known) {
+        indexBlockReference(reference, to);
+        return;
+    }
+    std::vector<BlockReferenceEntry>& list = blockReferences[to];
+    const auto at =
+        std::lower_bound(list.begin(), list.end(), order,
+                         [](const BlockReferenceEntry& e, std::uint64_t o) { return e.order < o; });
+    list.insert(at, {order, reference});
 }
 
 OvDbDatabase::OvDbDatabase(bool buildDefaultDrawing_, bool noDocument)

@@ -4,6 +4,7 @@
 #include "OvDbDwgReader.h"
 #include "OvDbDwgWriter.h"
 #include "ovdb/OvDbDictionaryIterator.h"
+#include "ovdb/OvDbHandle.h"
 #include "ovdb/OvRxClassMacros.h"
 #include "ovdb/ovdbOpenObject.h"
 
@@ -11,8 +12,10 @@
 
 namespace {
 
-QString key(const QString& name) {
-    return name.toCaseFolded();
+bool parseHandleText(const QString& text, std::uint64_t& handle) {
+    bool ok = false;
+    handle = OvDbHandle::fromString(text, &ok).value();
+    return ok;
 }
 
 bool isLiveEntry(OvDbObjectId id) {
@@ -28,14 +31,14 @@ OvDbDictionary::OvDbDictionary() = default;
 OvDbDictionary::~OvDbDictionary() = default;
 
 int OvDbDictionary::findLive(const QString& name) const {
-    const int pos = m_index.value(key(name), -1);
+    const int pos = m_index.value(name, -1);
     return pos >= 0 && isLiveEntry(m_entries[pos].id) ? pos : -1;
 }
 
 void OvDbDictionary::reindex() {
     m_index.clear();
     for (std::size_t i = 0; i < m_entries.size(); ++i)
-        m_index.insert(key(m_entries[i].name), static_cast<int>(i));
+        m_index.insert(m_entries[i].name, static_cast<int>(i));
 }
 
 Orvex::ErrorStatus OvDbDictionary::getAt(const wchar_t* name, OvDbObjectId& id) const {
@@ -121,7 +124,8 @@ Orvex::ErrorStatus OvDbDictionary::setAt(const QString& name, OvDbObject* object
             return Orvex::eAlreadyInDb;
         // Moving an entry to a new name: the old one goes.
         for (std::size_t i = 0; i < m_entries.size(); ++i) {
-            if (m_entries[i].id == object->objectId() && key(m_entries[i].name) != key(name)) {
+            if (m_entries[i].id == object->objectId() &&
+                m_entries[i].name.compare(name, Qt::CaseInsensitive) != 0) {
                 m_entries.erase(m_entries.begin() + static_cast<std::ptrdiff_t>(i));
                 reindex();
                 break;
@@ -135,10 +139,9 @@ Orvex::ErrorStatus OvDbDictionary::setAt(const QString& name, OvDbObject* object
 }
 
 void OvDbAccess::putEntry(OvDbDictionary* dictionary, const QString& name, OvDbStub* entry) {
-    const QString k = key(name);
-    const int pos = dictionary->m_index.value(k, -1);
+    const int pos = dictionary->m_index.value(name, -1);
     if (pos < 0) {
-        dictionary->m_index.insert(k, static_cast<int>(dictionary->m_entries.size()));
+        dictionary->m_index.insert(name, static_cast<int>(dictionary->m_entries.size()));
         dictionary->m_entries.push_back({name, OvDbObjectId(entry)});
         return;
     }
@@ -231,28 +234,33 @@ void OvDbDictionary::writeFields(OvDbDwgWriter& out) const {
 Orvex::ErrorStatus OvDbDictionary::readFields(OvDbDwgReader& in) {
     if (OvDbObject::readFields(in) != Orvex::eOk)
         return in.status();
-    const QJsonValue value = in.fields().value(QLatin1StringView("entries"));
-    if (value.isUndefined())
-        return Orvex::eOk;
-    if (!value.isArray())
-        return in.fail(Orvex::eBadDrawingFormat,
-                       QStringLiteral("'entries' must be a list of [name, handle] pairs"));
-    QHash<QString, bool> seen;
-    for (const QJsonValue& item : value.toArray()) {
-        const QJsonArray pair = item.toArray();
-        std::uint64_t handle = 0;
-        if (!item.isArray() || pair.size() != 2 || !pair[0].isString() ||
-            pair[0].toString().isEmpty() || !OvDbDwgReader::parseHandle(pair[1], handle) ||
-            handle == 0)
-            return in.fail(Orvex::eBadDrawingFormat,
-                           QStringLiteral("'entries' must be a list of [name, handle] pairs"));
-        const QString name = pair[0].toString();
-        if (seen.contains(key(name)))
-            return in.fail(Orvex::eBadDrawingFormat,
-                           QStringLiteral("the entry name \"%1\" appears twice").arg(name));
-        seen.insert(key(name), true);
-        in.addDictionaryEntry(this, name, handle);
-    }
+    const QString wrong = QStringLiteral("'entries' must be a list of [name, handle] pairs");
+    OvDbNameIndex<bool> seen;
+    using Value = OvDbDwgReader::Value;
+    const OvDbDwgReader::Items read =
+        in.readItems(QLatin1StringView("entries"), [&](const Value& item) {
+            std::uint64_t handle = 0;
+            if (item.kind != Value::Kind::List || item.items.size() != 2 ||
+                item.items[0].kind != Value::Kind::Text || item.items[0].text.isEmpty() ||
+                item.items[1].kind != Value::Kind::Text ||
+                !parseHandleText(item.items[1].text, handle) || handle == 0) {
+                in.fail(Orvex::eBadDrawingFormat, wrong);
+                return false;
+            }
+            const QString& name = item.items[0].text;
+            if (seen.contains(name)) {
+                in.fail(Orvex::eBadDrawingFormat,
+                        QStringLiteral("the entry name \"%1\" appears twice").arg(name));
+                return false;
+            }
+            seen.insert(name, true);
+            in.addDictionaryEntry(this, name, handle);
+            return true;
+        });
+    if (read == OvDbDwgReader::Items::NotAList)
+        return in.fail(Orvex::eBadDrawingFormat, wrong);
+    if (read == OvDbDwgReader::Items::Failed)
+        return in.status();
     return Orvex::eOk;
 }
 

@@ -21,12 +21,22 @@
 #include "ovdb/OvDbLinetypeTableRecord.h"
 #include "ovdb/OvDbXrecord.h"
 
+#include "OvDbDwgFileObject.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QSaveFile>
 
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <string_view>
 #include <unordered_set>
 
 namespace {
@@ -106,21 +116,80 @@ struct Problem {
     QString message;
 };
 
+// The keys of the document and of its header. In a version this reader knows, any other
+// key is a fault of the file (one flipped byte in a key would otherwise pass unseen, and
+// its field silently take its default).
+constexpr std::string_view kRootKeys[] = {"format", "version", "header", "objects"};
+constexpr std::string_view kHeaderKeys[] = {"layerTable",   "linetypeTable", "blockTable",
+                                            "namedObjects", "clayer",        "handseed"};
+
+QString text(std::string_view s) {
+    return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size()));
+}
+
+const char* kindOf(const simdjson::dom::element& e) {
+    switch (e.type()) {
+    case simdjson::dom::element_type::ARRAY:
+        return "a list";
+    case simdjson::dom::element_type::STRING:
+        return "a text";
+    case simdjson::dom::element_type::BOOL:
+        return "true or false";
+    case simdjson::dom::element_type::NULL_VALUE:
+        return "null";
+    case simdjson::dom::element_type::OBJECT:
+        return "an object";
+    default:
+        return "a number";
+    }
+}
+
+// The class a drawing file names; null for a name it does not know.
+OvDbObject* createOf(std::string_view type) {
+    using Factory = OvDbObject* (*)();
+    struct Entry {
+        std::string_view type;
+        Factory factory;
+    };
+    static const Entry entries[] = {
+        {"Line", []() -> OvDbObject* { return new OvDbLine(); }},
+        {"LayerTableRecord", []() -> OvDbObject* { return new OvDbLayerTableRecord(); }},
+        {"Dictionary", []() -> OvDbObject* { return new OvDbDictionary(); }},
+        {"Xrecord", []() -> OvDbObject* { return new OvDbXrecord(); }},
+        {"BlockReference", []() -> OvDbObject* { return new OvDbBlockReference(); }},
+        {"Attribute", []() -> OvDbObject* { return new OvDbAttribute(); }},
+        {"LinetypeTableRecord", []() -> OvDbObject* { return new OvDbLinetypeTableRecord(); }},
+        {"BlockTableRecord", []() -> OvDbObject* { return new OvDbBlockTableRecord(); }},
+        {"LayerTable", []() -> OvDbObject* { return new OvDbLayerTable(); }},
+        {"LinetypeTable", []() -> OvDbObject* { return new OvDbLinetypeTable(); }},
+        {"BlockTable", []() -> OvDbObject* { return new OvDbBlockTable(); }},
+    };
+    for (const Entry& e : entries) {
+        if (e.type == type)
+            return e.factory();
+    }
+    return nullptr;
+}
+
 class Loader {
 public:
-    Loader(Impl* impl) : m_im(impl) {}
+    explicit Loader(Impl* impl) : m_im(impl) {}
 
-    Problem load(const QByteArray& data);
+    // `data` holds the whole file, with the parser's padding behind it.
+    Problem load(simdjson::padded_string& data);
 
 private:
     Problem fail(Orvex::ErrorStatus status, const QString& message) { return {status, message}; }
-    Problem parse(const QByteArray& data, QJsonObject& root);
-    Problem readObjects(const QJsonArray& objects);
-    Problem resolve(std::uint64_t handle, OvRxClass* expected, const QString& what,
-                    OvDbStub*& stub);
+    Problem parse(simdjson::padded_string& data, simdjson::dom::object& root);
+    Problem parseError(simdjson::error_code error, const simdjson::padded_string& data);
+    Problem unknownKey(const QString& where);
+    Problem readObjects(simdjson::dom::array objects);
+    Problem readObject(const simdjson::dom::element& value, qsizetype index);
+    template <class What>
+    Problem resolve(std::uint64_t handle, OvRxClass* expected, const What& what, OvDbStub*& stub);
     Problem resolveReferences();
     Problem placeObjects();
-    Problem readHeader(const QJsonObject& header);
+    Problem readHeader(simdjson::dom::object header);
     Problem findWellKnown();
 
     struct Pending {
@@ -129,6 +198,8 @@ private:
     };
 
     Impl* m_im;
+    simdjson::dom::document m_document;
+    OvDbDwgFileObject m_fields;
     OvDbDwgReader m_reader;
     std::vector<Pending> m_objects;
     std::unordered_set<const OvDbStub*> m_listed;
@@ -143,37 +214,83 @@ bool cutShort(const QJsonParseError& error, const QByteArray& data) {
     return error.offset >= end;
 }
 
-Problem Loader::parse(const QByteArray& data, QJsonObject& root) {
-    if (data.trimmed().isEmpty())
-        return fail(Orvex::eDrawingTruncated, QStringLiteral("the file is empty"));
-    QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(data, &error);
-    if (error.error != QJsonParseError::NoError) {
-        if (data.trimmed().startsWith('{') && cutShort(error, data))
+// The fast parser says only what went wrong, not where. A file it refuses is rare, so Qt's
+// parser reads it again to say where, and whether the file merely stops short.
+Problem Loader::parseError(simdjson::error_code error, const simdjson::padded_string& data) {
+    const QByteArray bytes =
+        QByteArray::fromRawData(data.data(), static_cast<qsizetype>(data.size()));
+    QJsonParseError qtError;
+    QJsonDocument::fromJson(bytes, &qtError);
+    if (qtError.error != QJsonParseError::NoError) {
+        if (bytes.trimmed().startsWith('{') && cutShort(qtError, bytes))
             return fail(Orvex::eDrawingTruncated,
                         QStringLiteral("the file is cut short (it ends at byte %1 in the middle "
                                        "of the drawing)")
-                            .arg(data.size()));
+                            .arg(bytes.size()));
         return fail(Orvex::eNotADrawingFile,
                     QStringLiteral("not a drawing file: not valid JSON (%1 at byte %2)")
-                        .arg(error.errorString())
-                        .arg(error.offset));
+                        .arg(qtError.errorString())
+                        .arg(qtError.offset));
     }
-    if (!document.isObject())
+    if (error == simdjson::STRING_ERROR)
+        return fail(Orvex::eBadDrawingFormat,
+                    QStringLiteral("a text in the file is not valid Unicode (it holds a lone "
+                                   "surrogate)"));
+    if (error == simdjson::DEPTH_ERROR)
+        return fail(Orvex::eBadDrawingFormat,
+                    QStringLiteral("lists and objects are nested too deeply"));
+    if (error == simdjson::NUMBER_ERROR)
+        return fail(Orvex::eBadDrawingFormat,
+                    QStringLiteral("a number in the file is out of range"));
+    return fail(Orvex::eNotADrawingFile,
+                QStringLiteral("not a drawing file: not valid JSON (%1)")
+                    .arg(QString::fromLatin1(simdjson::error_message(error))));
+}
+
+Problem Loader::unknownKey(const QString& where) {
+    const OvDbDwgFileObject::Field* field = m_fields.firstUntaken();
+    if (!field)
+        return {};
+    if (m_fields.isRepeated(*field))
+        return fail(Orvex::eBadDrawingFormat,
+                    QStringLiteral("%1 has the key \"%2\" twice").arg(where, text(field->key)));
+    return fail(Orvex::eBadDrawingFormat,
+                QStringLiteral("%1 has an unknown key \"%2\"").arg(where, text(field->key)));
+}
+
+Problem Loader::parse(simdjson::padded_string& data, simdjson::dom::object& root) {
+    const std::string_view all(data.data(), data.size());
+    if (all.find_first_not_of(" \t\r\n") == std::string_view::npos)
+        return fail(Orvex::eDrawingTruncated, QStringLiteral("the file is empty"));
+    simdjson::dom::element document;
+    {
+        // The parse goes into a document of the loader's own, so that the parser's work
+        // space, and the file itself, can go at once: the objects are made from the
+        // document alone.
+        simdjson::dom::parser parser;
+        if (const simdjson::error_code error =
+                parser.parse_into_document(m_document, data.data(), data.size()).get(document))
+            return parseError(error, data);
+    }
+    data = simdjson::padded_string();
+    if (document.get_object().get(root) != simdjson::SUCCESS)
         return fail(Orvex::eNotADrawingFile,
-                    QStringLiteral("not a drawing file: the JSON document is not an object"));
-    root = document.object();
-    const QJsonValue format = root.value(QLatin1StringView("format"));
-    if (!format.isString())
+                    QStringLiteral("not a drawing file: the JSON in it is %1, not an object")
+                        .arg(QLatin1StringView(kindOf(document))));
+    m_fields.reset(root);
+    const simdjson::dom::element* format = m_fields.take("format");
+    std::string_view tag;
+    if (!format || format->get_string().get(tag) != simdjson::SUCCESS)
         return fail(Orvex::eNotADrawingFile,
                     QStringLiteral("not a drawing file: it has no format tag"));
-    if (format.toString() != kFormatTag)
+    if (tag != std::string_view(kFormatTag.data(), kFormatTag.size()))
         return fail(Orvex::eNotADrawingFile,
                     QStringLiteral("not a drawing file: its format tag is \"%1\", not \"%2\"")
-                        .arg(format.toString(), kFormatTag));
-    const QJsonValue version = root.value(QLatin1StringView("version"));
-    const double v = version.toDouble();
-    if (!version.isDouble() || v != static_cast<double>(static_cast<long long>(v)) || v < 1)
+                        .arg(text(tag), kFormatTag));
+    const simdjson::dom::element* version = m_fields.take("version");
+    double v = 0;
+    if (!version || !version->is_number() || version->get_double().get(v) ||
+        v != static_cast<double>(static_cast<long long>(v)) || v < 1)
         return fail(Orvex::eBadDrawingFormat,
                     QStringLiteral("the format version is missing or not a whole number"));
     if (v > kFormatVersion)
@@ -182,27 +299,32 @@ Problem Loader::parse(const QByteArray& data, QJsonObject& root) {
                                    "version %2")
                         .arg(static_cast<long long>(v))
                         .arg(kFormatVersion));
-    return {};
+    for (std::string_view key : kRootKeys)
+        m_fields.take(key);
+    return unknownKey(QStringLiteral("the drawing"));
 }
 
-Problem Loader::load(const QByteArray& data) {
-    QJsonObject root;
+Problem Loader::load(simdjson::padded_string& data) {
+    simdjson::dom::object root;
     Problem p = parse(data, root);
     if (p.status != Orvex::eOk)
         return p;
-    const QJsonValue header = root.value(QLatin1StringView("header"));
-    const QJsonValue objects = root.value(QLatin1StringView("objects"));
-    if (!header.isObject())
+    simdjson::dom::object header;
+    simdjson::dom::array objects;
+    if (root["header"].get_object().get(header) != simdjson::SUCCESS)
         return fail(Orvex::eBadDrawingFormat, QStringLiteral("the header is missing"));
-    if (!objects.isArray())
+    if (root["objects"].get_array().get(objects) != simdjson::SUCCESS)
         return fail(Orvex::eBadDrawingFormat, QStringLiteral("the list of objects is missing"));
     // Stage one: every object with its plain values; references stay handles.
-    p = readObjects(objects.toArray());
+    p = readObjects(objects);
     if (p.status == Orvex::eOk)
-        p = readHeader(header.toObject());
+        p = readHeader(header);
+    if (p.status != Orvex::eOk)
+        return p;
+    // The parse is not needed any more: it goes before the objects are placed.
+    m_document = simdjson::dom::document();
     // Stage two: handles become ids, members go to their containers.
-    if (p.status == Orvex::eOk)
-        p = resolveReferences();
+    p = resolveReferences();
     if (p.status == Orvex::eOk)
         p = placeObjects();
     if (p.status == Orvex::eOk)
@@ -215,65 +337,83 @@ Problem Loader::load(const QByteArray& data) {
     return {};
 }
 
-Problem Loader::readObjects(const QJsonArray& objects) {
-    m_objects.reserve(static_cast<std::size_t>(objects.size()));
-    m_im->byHandle.reserve(static_cast<std::size_t>(objects.size()));
+Problem Loader::readObjects(simdjson::dom::array objects) {
+    const std::size_t count = objects.size();
+    m_objects.reserve(count);
+    m_im->byHandle.reserve(count);
     qsizetype index = 0;
-    for (const QJsonValue& value : objects) {
-        ++index;
-        if (!value.isObject())
-            return fail(Orvex::eBadDrawingFormat,
-                        QStringLiteral("item %1 of the objects is not an object").arg(index));
-        const QJsonObject fields = value.toObject();
-        std::uint64_t handle = 0;
-        if (!OvDbDwgReader::parseHandle(fields.value(QLatin1StringView("handle")), handle) ||
-            handle == 0)
-            return fail(Orvex::eBadDrawingFormat,
-                        QStringLiteral("item %1 of the objects has no valid handle").arg(index));
-        std::uint64_t owner = 0;
-        if (!OvDbDwgReader::parseHandle(fields.value(QLatin1StringView("owner")), owner))
-            return fail(Orvex::eBadDrawingFormat,
-                        QStringLiteral("object %1 has no valid owner handle").arg(hex(handle)));
-        const QString type = fields.value(QLatin1StringView("type")).toString();
-        OvDbObject* object = OvDbAccess::create(type);
-        if (!object)
-            return fail(
-                Orvex::eBadDrawingFormat,
-                QStringLiteral("object %1 has an unknown type \"%2\"").arg(hex(handle), type));
-        OvDbStub* stub = m_im->newStub(handle);
-        if (!stub) {
-            delete object;
-            return fail(
-                Orvex::eDuplicateHandle,
-                QStringLiteral("handle %1 is given to more than one object").arg(hex(handle)));
-        }
-        OvDbAccess::adopt(object, stub);
-        m_reader.begin(fields, object, handle, type);
-        if (OvDbAccess::readFields(object, m_reader) != Orvex::eOk)
-            return fail(m_reader.status(), m_reader.message());
-        m_objects.push_back({object, owner});
+    for (const simdjson::dom::element value : objects) {
+        Problem p = readObject(value, ++index);
+        if (p.status != Orvex::eOk)
+            return p;
     }
     return {};
 }
 
-Problem Loader::resolve(std::uint64_t handle, OvRxClass* expected, const QString& what,
+Problem Loader::readObject(const simdjson::dom::element& value, qsizetype index) {
+    simdjson::dom::object fields;
+    if (value.get_object().get(fields) != simdjson::SUCCESS)
+        return fail(Orvex::eBadDrawingFormat,
+                    QStringLiteral("item %1 of the objects is not an object").arg(index));
+    m_fields.reset(fields);
+    auto handleOf = [this](std::string_view key, std::uint64_t& handle) {
+        const simdjson::dom::element* v = m_fields.take(key);
+        std::string_view digits;
+        return v && v->get_string().get(digits) == simdjson::SUCCESS &&
+               OvDbDwgReader::parseHandle(digits, handle);
+    };
+    std::uint64_t handle = 0;
+    if (!handleOf("handle", handle) || handle == 0)
+        return fail(Orvex::eBadDrawingFormat,
+                    QStringLiteral("item %1 of the objects has no valid handle").arg(index));
+    std::uint64_t owner = 0;
+    if (!handleOf("owner", owner))
+        return fail(Orvex::eBadDrawingFormat,
+                    QStringLiteral("object %1 has no valid owner handle").arg(hex(handle)));
+    std::string_view type;
+    const simdjson::dom::element* typeValue = m_fields.take("type");
+    if (typeValue && typeValue->get_string().get(type) != simdjson::SUCCESS)
+        type = std::string_view();
+    OvDbObject* object = createOf(type);
+    if (!object)
+        return fail(
+            Orvex::eBadDrawingFormat,
+            QStringLiteral("object %1 has an unknown type \"%2\"").arg(hex(handle), text(type)));
+    OvDbStub* stub = m_im->newStub(handle);
+    if (!stub) {
+        delete object;
+        return fail(Orvex::eDuplicateHandle,
+                    QStringLiteral("handle %1 is given to more than one object").arg(hex(handle)));
+    }
+    OvDbAccess::adopt(object, stub);
+    m_objects.push_back({object, owner});
+    m_reader.begin(&m_fields, object, handle);
+    if (OvDbAccess::readFields(object, m_reader) != Orvex::eOk)
+        return fail(m_reader.status(), m_reader.message());
+    if (m_fields.firstUntaken())
+        return unknownKey(QStringLiteral("object %1 (%2)").arg(hex(handle), typeOf(object)));
+    return {};
+}
+
+template <class What>
+Problem Loader::resolve(std::uint64_t handle, OvRxClass* expected, const What& what,
                         OvDbStub*& stub) {
     stub = nullptr;
-    const auto it = m_im->byHandle.find(handle);
-    if (handle == 0 || it == m_im->byHandle.end())
+    const auto it = handle == 0 ? m_im->byHandle.end() : m_im->byHandle.find(handle);
+    if (it == m_im->byHandle.end())
         return fail(
             Orvex::eDanglingHandle,
-            QStringLiteral("%1 refers to handle %2, which no object has").arg(what, hex(handle)));
+            QStringLiteral("%1 refers to handle %2, which no object has").arg(what(), hex(handle)));
     stub = it->second;
     if (expected && !stub->object->isKindOf(expected))
         return fail(
             Orvex::eBadDrawingFormat,
             QStringLiteral("%1 refers to %2, a %3, where a %4 belongs")
-                .arg(what, hex(handle), typeOf(stub->object), OvDbAccess::typeName(expected)));
+                .arg(what(), hex(handle), typeOf(stub->object), OvDbAccess::typeName(expected)));
     return {};
 }
 
-Problem Loader::readHeader(const QJsonObject& header) {
+Problem Loader::readHeader(simdjson::dom::object header) {
     struct Entry {
         const char* key;
         OvRxClass* cls;
@@ -286,29 +426,45 @@ Problem Loader::readHeader(const QJsonObject& header) {
         {"namedObjects", OvDbDictionary::desc(), &m_im->namedObjects},
         {"clayer", OvDbLayerTableRecord::desc(), &m_im->clayer},
     };
+    m_fields.reset(header);
+    auto handleOf = [this](std::string_view key, std::uint64_t& handle, bool& present) {
+        const simdjson::dom::element* v = m_fields.take(key);
+        present = v != nullptr;
+        std::string_view digits;
+        return v && v->get_string().get(digits) == simdjson::SUCCESS &&
+               OvDbDwgReader::parseHandle(digits, handle);
+    };
     for (const Entry& e : entries) {
         std::uint64_t handle = 0;
-        if (!OvDbDwgReader::parseHandle(header.value(QLatin1StringView(e.key)), handle))
+        bool present = false;
+        if (!handleOf(e.key, handle, present))
             return fail(Orvex::eBadDrawingFormat,
                         QStringLiteral("the header has no valid '%1'").arg(e.key));
-        Problem p =
-            resolve(handle, e.cls, QStringLiteral("the header's '%1'").arg(e.key), *e.target);
+        Problem p = resolve(
+            handle, e.cls, [&] { return QStringLiteral("the header's '%1'").arg(e.key); },
+            *e.target);
         if (p.status != Orvex::eOk)
             return p;
     }
-    const QJsonValue seed = header.value(QLatin1StringView("handseed"));
-    if (!seed.isUndefined() && !OvDbDwgReader::parseHandle(seed, m_handseed))
+    bool present = false;
+    if (!handleOf("handseed", m_handseed, present) && present)
         return fail(Orvex::eBadDrawingFormat,
                     QStringLiteral("the header's 'handseed' is not a handle"));
-    return {};
+    for (std::string_view key : kHeaderKeys)
+        m_fields.take(key);
+    return unknownKey(QStringLiteral("the header"));
 }
 
 Problem Loader::resolveReferences() {
     for (const OvDbDwgReader::Fixup& f : m_reader.fixups()) {
         OvDbStub* stub = nullptr;
-        const QString what =
-            QStringLiteral("object %1 ('%2')").arg(hex(OvDbAccess::stub(f.from)->handle), f.key);
-        Problem p = resolve(f.handle, f.expected, what, stub);
+        Problem p = resolve(
+            f.handle, f.expected,
+            [&] {
+                return QStringLiteral("object %1 ('%2')")
+                    .arg(hex(OvDbAccess::stub(f.from)->handle), f.key);
+            },
+            stub);
         if (p.status != Orvex::eOk)
             return p;
         *f.slot = OvDbObjectId(stub);
@@ -317,9 +473,13 @@ Problem Loader::resolveReferences() {
         if (pending.owner == 0)
             continue;
         OvDbStub* owner = nullptr;
-        const QString what = QStringLiteral("object %1 ('owner')")
-                                 .arg(hex(OvDbAccess::stub(pending.object)->handle));
-        Problem p = resolve(pending.owner, nullptr, what, owner);
+        Problem p = resolve(
+            pending.owner, nullptr,
+            [&] {
+                return QStringLiteral("object %1 ('owner')")
+                    .arg(hex(OvDbAccess::stub(pending.object)->handle));
+            },
+            owner);
         if (p.status != Orvex::eOk)
             return p;
         OvDbAccess::setOwner(pending.object, owner);
@@ -327,15 +487,17 @@ Problem Loader::resolveReferences() {
     for (const OvDbDwgReader::DictionaryEntry& e : m_reader.dictionaryEntries()) {
         OvDbStub* entry = nullptr;
         const OvDbStub* dictionary = OvDbAccess::stub(e.dictionary);
-        const QString what =
-            QStringLiteral("entry \"%1\" of dictionary %2").arg(e.name, hex(dictionary->handle));
+        auto what = [&] {
+            return QStringLiteral("entry \"%1\" of dictionary %2")
+                .arg(e.name, hex(dictionary->handle));
+        };
         Problem p = resolve(e.handle, nullptr, what, entry);
         if (p.status != Orvex::eOk)
             return p;
         if (OvDbAccess::owner(entry->object) != dictionary)
             return fail(Orvex::eBadDrawingFormat,
                         QStringLiteral("%1 names object %2, which belongs to another owner")
-                            .arg(what, hex(e.handle)));
+                            .arg(what(), hex(e.handle)));
         if (!m_listed.insert(entry).second)
             return fail(
                 Orvex::eBadDrawingFormat,
@@ -351,10 +513,10 @@ Problem Loader::placeObjects() {
         OvDbStub* self = OvDbAccess::stub(object);
         OvDbStub* owner = OvDbAccess::owner(object);
         OvDbObject* ownerObject = OvDbAccess::object(owner);
-        const QString label =
-            QStringLiteral("object %1 (%2)").arg(hex(self->handle), typeOf(object));
         auto misplaced = [&](const QString& why) {
-            return fail(Orvex::eBadDrawingFormat, QStringLiteral("%1 %2").arg(label, why));
+            return fail(
+                Orvex::eBadDrawingFormat,
+                QStringLiteral("object %1 (%2) %3").arg(hex(self->handle), typeOf(object), why));
         };
 
         if (OvDbStub* xdict = OvDbAccess::xdict(object);
@@ -363,12 +525,14 @@ Problem Loader::placeObjects() {
                                             "belongs to another owner")
                                  .arg(hex(xdict->handle)));
 
-        if (object->isKindOf(OvDbSymbolTable::desc())) {
+        // Most objects of a drawing are lines: they skip the tests of class.
+        const bool line = object->isA() == OvDbLine::desc();
+        if (!line && object->isKindOf(OvDbSymbolTable::desc())) {
             if (owner)
                 return misplaced(QStringLiteral("is a table and cannot have an owner"));
             if (self != m_im->layerTable && self != m_im->linetypeTable && self != m_im->blockTable)
                 return misplaced(QStringLiteral("is a table the header does not name"));
-        } else if (object->isKindOf(OvDbSymbolTableRecord::desc())) {
+        } else if (!line && object->isKindOf(OvDbSymbolTableRecord::desc())) {
             auto* table = OvDbSymbolTable::cast(ownerObject);
             auto* record = static_cast<OvDbSymbolTableRecord*>(object);
             const bool fits =
@@ -384,16 +548,18 @@ Problem Loader::placeObjects() {
                                      .arg(name));
             OvDbAccess::records(table).push_back(OvDbObjectId(self));
             OvDbAccess::indexRecord(table, self);
-        } else if (object->isKindOf(OvDbAttribute::desc())) {
+        } else if (!line && object->isKindOf(OvDbAttribute::desc())) {
             auto* reference = OvDbBlockReference::cast(ownerObject);
             if (!reference)
                 return misplaced(QStringLiteral("is not owned by a block reference"));
             OvDbAccess::attributes(reference).push_back(OvDbObjectId(self));
-        } else if (object->isKindOf(OvDbEntity::desc())) {
+        } else if (line || object->isKindOf(OvDbEntity::desc())) {
             auto* block = OvDbBlockTableRecord::cast(ownerObject);
             if (!block)
                 return misplaced(QStringLiteral("is not owned by a block"));
             OvDbAccess::entities(block).push_back(OvDbObjectId(self));
+            if (auto* reference = line ? nullptr : OvDbBlockReference::cast(object))
+                m_im->indexBlockReference(self, OvDbAccess::blockOf(reference));
         } else if (!owner) {
             if (self != m_im->namedObjects)
                 return misplaced(QStringLiteral("has no owner"));
@@ -433,8 +599,11 @@ Problem Loader::findWellKnown() {
                     QStringLiteral("the current layer is not a layer of the drawing"));
     // A reference the save could not keep (its object was erased) reads as the default.
     for (const Pending& pending : m_objects) {
-        if (auto* entity = OvDbEntity::cast(pending.object); entity && !OvDbAccess::layerOf(entity))
-            OvDbAccess::setLayerOf(entity, m_im->layerZero);
+        if (auto* entity = OvDbEntity::cast(pending.object)) {
+            if (!OvDbAccess::layerOf(entity))
+                OvDbAccess::setLayerOf(entity, m_im->layerZero);
+            m_im->useLayer(OvDbAccess::layerOf(entity), true);
+        }
         if (auto* layer = OvDbLayerTableRecord::cast(pending.object);
             layer && !OvDbAccess::linetypeOf(layer))
             OvDbAccess::setLinetypeOf(layer, m_im->continuous);
@@ -442,29 +611,109 @@ Problem Loader::findWellKnown() {
     return {};
 }
 
+// The name of a file as the file system spells it. Names are UTF-8 here; a name that is
+// not (written by another system, say in Latin-1) reaches us with its stray bytes read as
+// U+FFFD, which no file is called. Such a name is looked up in its folder: the one entry
+// that reads the same is the file meant. Without such an entry, or with two, the name
+// stays as it is (and is not found).
+QByteArray nativeFileName(const QString& file) {
+    const QByteArray plain = QFile::encodeName(file);
+    struct stat st {};
+    if (!file.contains(QChar::ReplacementCharacter) || ::lstat(plain.constData(), &st) == 0)
+        return plain;
+    const QFileInfo info(file);
+    const QString folder = info.path();
+    const QString leaf = info.fileName();
+    const QByteArray nativeFolder =
+        folder == file ? QFile::encodeName(folder) : nativeFileName(folder);
+    QByteArray found;
+    int matches = 0;
+    if (DIR* dir = ::opendir(nativeFolder.constData())) {
+        while (const dirent* entry = ::readdir(dir)) {
+            if (QFile::decodeName(entry->d_name) == leaf) {
+                found = entry->d_name;
+                ++matches;
+            }
+        }
+        ::closedir(dir);
+    }
+    if (matches != 1)
+        return plain;
+    return nativeFolder.endsWith('/') ? nativeFolder + found : nativeFolder + '/' + found;
+}
+
+// Reads a drawing file whole. Only a regular file is read: a pipe or a device could block
+// the host for ever or feed it without end, and a directory holds no drawing. What is
+// read is bounded by the size the file had when it was opened, so a file that grows
+// meanwhile cannot make the read run on.
+Orvex::ErrorStatus readWholeFile(const QString& file, simdjson::padded_string& data,
+                                 QString& problem) {
+    const QByteArray name = nativeFileName(file);
+    struct stat st {};
+    if (::stat(name.constData(), &st) != 0) {
+        problem = errno == ENOENT || errno == ENOTDIR
+                      ? QStringLiteral("no such file")
+                      : QStringLiteral("cannot be read: %1")
+                            .arg(QString::fromLocal8Bit(std::strerror(errno)));
+        return errno == ENOENT || errno == ENOTDIR ? Orvex::eFileNotFound : Orvex::eFileAccessErr;
+    }
+    auto notRegular = [&](const struct stat& s) {
+        if (S_ISDIR(s.st_mode))
+            problem = QStringLiteral("is a folder, not a drawing file");
+        else if (S_ISFIFO(s.st_mode))
+            problem = QStringLiteral("is a pipe, not a drawing file");
+        else if (S_ISCHR(s.st_mode) || S_ISBLK(s.st_mode))
+            problem = QStringLiteral("is a device, not a drawing file");
+        else
+            problem = QStringLiteral("is not a regular file");
+        return Orvex::eFileAccessErr;
+    };
+    if (!S_ISREG(st.st_mode))
+        return notRegular(st);
+    // Without blocking, should the name have turned into a pipe since.
+    const int fd = ::open(name.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    if (fd < 0) {
+        problem =
+            QStringLiteral("cannot be read: %1").arg(QString::fromLocal8Bit(std::strerror(errno)));
+        return Orvex::eFileAccessErr;
+    }
+    struct Closer {
+        int fd;
+        ~Closer() { ::close(fd); }
+    } closer{fd};
+    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode))
+        return notRegular(st);
+    const std::size_t size = static_cast<std::size_t>(st.st_size);
+    data = simdjson::padded_string(size);
+    if (size > 0 && !data.data()) {
+        problem = QStringLiteral("cannot be read: too large for the memory");
+        return Orvex::eFileAccessErr;
+    }
+    std::size_t done = 0;
+    while (done < size) {
+        const ssize_t n = ::read(fd, data.data() + done, size - done);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0) {
+            problem = QStringLiteral("cannot be read: %1")
+                          .arg(QString::fromLocal8Bit(std::strerror(errno)));
+            return Orvex::eFileAccessErr;
+        }
+        if (n == 0)
+            break;
+        done += static_cast<std::size_t>(n);
+    }
+    // A file cut while it was read is read as far as it went.
+    if (done < size)
+        data = simdjson::padded_string(data.data(), done);
+    return Orvex::eOk;
+}
+
 } // namespace
 
 OvDbObject* OvDbAccess::create(const QString& type) {
-    using Factory = OvDbObject* (*)();
-    static const QHash<QString, Factory> factories = {
-        {QStringLiteral("LayerTable"), []() -> OvDbObject* { return new OvDbLayerTable(); }},
-        {QStringLiteral("LinetypeTable"), []() -> OvDbObject* { return new OvDbLinetypeTable(); }},
-        {QStringLiteral("BlockTable"), []() -> OvDbObject* { return new OvDbBlockTable(); }},
-        {QStringLiteral("LayerTableRecord"),
-         []() -> OvDbObject* { return new OvDbLayerTableRecord(); }},
-        {QStringLiteral("LinetypeTableRecord"),
-         []() -> OvDbObject* { return new OvDbLinetypeTableRecord(); }},
-        {QStringLiteral("BlockTableRecord"),
-         []() -> OvDbObject* { return new OvDbBlockTableRecord(); }},
-        {QStringLiteral("Dictionary"), []() -> OvDbObject* { return new OvDbDictionary(); }},
-        {QStringLiteral("Xrecord"), []() -> OvDbObject* { return new OvDbXrecord(); }},
-        {QStringLiteral("Line"), []() -> OvDbObject* { return new OvDbLine(); }},
-        {QStringLiteral("BlockReference"),
-         []() -> OvDbObject* { return new OvDbBlockReference(); }},
-        {QStringLiteral("Attribute"), []() -> OvDbObject* { return new OvDbAttribute(); }},
-    };
-    const Factory factory = factories.value(type, nullptr);
-    return factory ? factory() : nullptr;
+    const QByteArray latin = type.toLatin1();
+    return createOf(std::string_view(latin.constData(), static_cast<std::size_t>(latin.size())));
 }
 
 Orvex::ErrorStatus OvDbDatabase::saveAs(const wchar_t* path) {
@@ -495,7 +744,12 @@ Orvex::ErrorStatus OvDbDatabase::saveAs(const wchar_t* path) {
     header.insert(QLatin1StringView("clayer"), writer.refText(clayer()));
     header.insert(QLatin1StringView("handseed"), hex(d->handseed));
 
-    QSaveFile out(file);
+    // A file whose name is not UTF-8 is written under a name Qt can spell, beside it, and
+    // then renamed over it: still whole or not at all.
+    const QByteArray native = nativeFileName(file);
+    const bool byRename = native != QFile::encodeName(file);
+    const QString written = byRename ? file + QStringLiteral(".ovsave") : file;
+    QSaveFile out(written);
     if (!out.open(QIODevice::WriteOnly))
         return fail(Orvex::eFileWriteFailed,
                     QStringLiteral("%1: cannot be written: %2").arg(file, out.errorString()));
@@ -522,6 +776,12 @@ Orvex::ErrorStatus OvDbDatabase::saveAs(const wchar_t* path) {
     if (!out.commit())
         return fail(Orvex::eFileWriteFailed,
                     QStringLiteral("%1: cannot be written: %2").arg(file, out.errorString()));
+    if (byRename && ::rename(QFile::encodeName(written).constData(), native.constData()) != 0) {
+        const QString why = QString::fromLocal8Bit(std::strerror(errno));
+        QFile::remove(written);
+        return fail(Orvex::eFileWriteFailed,
+                    QStringLiteral("%1: cannot be written: %2").arg(file, why));
+    }
     m_fileName = QFileInfo(file).absoluteFilePath();
     m_wideFileName = m_fileName.toStdWString();
     d->dbmod = 0;
@@ -541,22 +801,18 @@ Orvex::ErrorStatus OvDbDatabase::readDwgFile(const wchar_t* path, int, bool, con
         return fail(
             Orvex::eWasOpenForWrite,
             QStringLiteral("%1: the database has objects open and cannot be replaced").arg(file));
-    QFile in(file);
-    if (!in.exists())
-        return fail(Orvex::eFileNotFound, QStringLiteral("%1: no such file").arg(file));
-    if (!in.open(QIODevice::ReadOnly))
-        return fail(Orvex::eFileAccessErr,
-                    QStringLiteral("%1: cannot be read: %2").arg(file, in.errorString()));
-    const QByteArray data = in.readAll();
-    if (in.error() != QFileDevice::NoError)
-        return fail(Orvex::eFileAccessErr,
-                    QStringLiteral("%1: cannot be read: %2").arg(file, in.errorString()));
+
+    simdjson::padded_string data;
+    QString problem;
+    const Orvex::ErrorStatus read = readWholeFile(file, data, problem);
+    if (read != Orvex::eOk)
+        return fail(read, QStringLiteral("%1: %2").arg(file, problem));
 
     // Built apart and swapped in only when the whole file made sense.
     auto fresh = std::make_unique<Impl>(this);
-    const Problem problem = Loader(fresh.get()).load(data);
-    if (problem.status != Orvex::eOk)
-        return fail(problem.status, QStringLiteral("%1: %2").arg(file, problem.message));
+    const Problem p = Loader(fresh.get()).load(data);
+    if (p.status != Orvex::eOk)
+        return fail(p.status, QStringLiteral("%1: %2").arg(file, p.message));
     OvDbAccess::swapImpl(this, fresh);
     fresh.reset();
     m_fileName = QFileInfo(file).absoluteFilePath();

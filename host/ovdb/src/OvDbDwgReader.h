@@ -9,9 +9,12 @@
 #include <QString>
 
 #include <cstdint>
+#include <functional>
+#include <string_view>
 #include <vector>
 
 class OvDbDictionary;
+class OvDbDwgFileObject;
 class OvDbObject;
 class OvRxClass;
 
@@ -19,6 +22,10 @@ class OvRxClass;
 // values are checked and taken at once; references are kept as handles (fix-ups) and
 // resolved when every object exists. The first problem found stops the read; its message
 // names the object's handle.
+//
+// A clone hands over the fields as a JSON object; a file read hands over the object as
+// its parser sees it (OvDbDwgFileObject), and every key that an object's class takes is
+// marked, so that the file's reader can tell a key that no class takes.
 class OvDbDwgReader {
 public:
     struct Fixup {
@@ -34,9 +41,22 @@ public:
         std::uint64_t handle;
     };
 
-    void begin(const QJsonObject& fields, OvDbObject* object, std::uint64_t handle,
-               const QString& type);
-    const QJsonObject& fields() const { return m_fields; }
+    // One value of a list item (a dictionary entry, an xrecord's data item), plain.
+    struct Value {
+        enum class Kind { Null, Bool, Number, Text, List, Object };
+        Kind kind = Kind::Null;
+        double number = 0;
+        bool boolean = false;
+        QString text;
+        // A list's elements, one level deep: enough for a point.
+        std::vector<Value> items;
+
+        bool isWhole(double min, double max) const;
+    };
+    enum class Items { Missing, NotAList, Read, Failed };
+
+    void begin(const QJsonObject& fields, OvDbObject* object, std::uint64_t handle);
+    void begin(OvDbDwgFileObject* fields, OvDbObject* object, std::uint64_t handle);
     OvDbObject* object() const { return m_object; }
 
     // Each is false (and the read failed) for a value of the wrong kind. A missing key
@@ -49,6 +69,10 @@ public:
     // A missing key or "0" is the null id, when allowed.
     bool readRef(QLatin1StringView key, OvDbObjectId& slot, OvRxClass* expected,
                  bool required = false);
+    // The list under `key`, item by item: `each` gets every item (itself mostly a list)
+    // and says false, after calling fail(), to stop the read. A text that is not valid
+    // Unicode fails the read here.
+    Items readItems(QLatin1StringView key, const std::function<bool(const Value& item)>& each);
     void addDictionaryEntry(OvDbDictionary* dictionary, const QString& name, std::uint64_t handle);
 
     Orvex::ErrorStatus fail(Orvex::ErrorStatus status, const QString& problem);
@@ -61,13 +85,15 @@ public:
     std::vector<DictionaryEntry>& dictionaryEntries() { return m_entries; }
 
     static bool parseHandle(const QJsonValue& value, std::uint64_t& handle);
+    // Upper or lower case hexadecimal digits, at most 16; false for anything else.
+    static bool parseHandle(std::string_view text, std::uint64_t& handle);
     static QString handleText(std::uint64_t handle);
 
 private:
     QJsonObject m_fields;
+    OvDbDwgFileObject* m_file = nullptr;
     OvDbObject* m_object = nullptr;
     std::uint64_t m_handle = 0;
-    QString m_type;
     Orvex::ErrorStatus m_status = Orvex::eOk;
     QString m_message;
     std::vector<Fixup> m_fixups;

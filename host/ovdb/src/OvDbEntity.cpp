@@ -47,7 +47,9 @@ Orvex::ErrorStatus OvDbEntity::setLayer(const QString& name) {
     OvDbStub* layer = OvDbAccess::findRecord(table, name);
     if (!layer)
         return Orvex::eKeyNotFound;
+    OvDbAccess::countUse(this, false);
     m_layer = OvDbObjectId(layer);
+    OvDbAccess::countUse(this, true);
     return Orvex::eOk;
 }
 
@@ -65,7 +67,9 @@ Orvex::ErrorStatus OvDbEntity::setLayer(OvDbObjectId id) {
         return Orvex::eWrongDatabase;
     if (id.isErased())
         return Orvex::eWasErased;
+    OvDbAccess::countUse(this, false);
     m_layer = id;
+    OvDbAccess::countUse(this, true);
     return Orvex::eOk;
 }
 
@@ -83,6 +87,14 @@ Orvex::ErrorStatus OvDbEntity::setColor(const OvCmColor& color) {
 
 OvDbStub* OvDbAccess::layerOf(const OvDbEntity* entity) {
     return entity->m_layer.stub();
+}
+
+void OvDbAccess::countUse(OvDbObject* object, bool using_) {
+    OvDbStub* stub = object->m_stub;
+    if (!stub || stub->erased || stub->object != object)
+        return;
+    if (auto* entity = OvDbEntity::cast(object))
+        stub->db->d->useLayer(entity->m_layer.stub(), using_);
 }
 
 void OvDbAccess::setLayerOf(OvDbEntity* entity, OvDbStub* layer) {

@@ -64,31 +64,13 @@ Orvex::ErrorStatus OvDbLayerTable::generateUsageData() {
         if (auto* layer = OvDbAccess::objectAs<OvDbLayerTableRecord>(id))
             OvDbAccess::setInUse(layer, false);
     }
+    // The database counts the live entities of each layer as they come and go, so that
+    // this costs the layers and not a walk of every entity.
+    for (const auto& [layer, count] : im->layerUse) {
+        if (count > 0)
+            markLayer(const_cast<OvDbStub*>(layer));
+    }
     markLayer(im->layerZero);
     markLayer(im->clayer);
-    auto* blocks = OvDbAccess::objectAs<OvDbBlockTable>(im->blockTable);
-    if (!blocks)
-        return Orvex::eOk;
-    for (const OvDbObjectId& blockId : OvDbAccess::records(blocks)) {
-        if (!OvDbAccess::isLive(blockId.stub()))
-            continue;
-        auto* block = OvDbAccess::objectAs<OvDbBlockTableRecord>(blockId);
-        if (!block)
-            continue;
-        for (const OvDbObjectId& entityId : OvDbAccess::entities(block)) {
-            OvDbStub* stub = entityId.stub();
-            if (!OvDbAccess::isLive(stub))
-                continue;
-            auto* entity = static_cast<OvDbEntity*>(stub->object);
-            markLayer(OvDbAccess::layerOf(entity));
-            if (auto* reference = OvDbBlockReference::cast(entity)) {
-                for (const OvDbObjectId& attribute : OvDbAccess::attributes(reference)) {
-                    if (OvDbAccess::isLive(attribute.stub()))
-                        markLayer(OvDbAccess::layerOf(
-                            static_cast<OvDbEntity*>(attribute.stub()->object)));
-                }
-            }
-        }
-    }
     return Orvex::eOk;
 }

@@ -217,6 +217,7 @@ void OvDbAccess::addToDatabase(Impl* impl, OvDbObject* object, OvDbStub* owner, 
     object->m_writer = leaveOpen;
     if (leaveOpen)
         linkOpen(object);
+    countUse(object, true);
     object->addedToDatabase();
     impl->dbmod |= 1;
 }
@@ -230,7 +231,11 @@ void OvDbAccess::eraseTree(OvDbObject* object, bool erasing) {
     if (!object->m_stub)
         return;
     // A list of work rather than recursion: ownership read from a file may run deep.
+    if (erasing)
+        countUse(object, false);
     object->m_stub->erased = erasing;
+    if (!erasing)
+        countUse(object, true);
     std::vector<OvDbObject*> work{object};
     std::vector<OvDbObjectId> owned;
     while (!work.empty()) {
@@ -246,12 +251,14 @@ void OvDbAccess::eraseTree(OvDbObject* object, bool erasing) {
             if (!child || !child->object || child->object->m_owner != self)
                 continue;
             if (erasing && !child->erased) {
+                countUse(child->object, false);
                 child->erased = true;
                 child->erasedWithOwner = true;
                 work.push_back(child->object);
             } else if (!erasing && child->erased && child->erasedWithOwner) {
                 child->erased = false;
                 child->erasedWithOwner = false;
+                countUse(child->object, true);
                 work.push_back(child->object);
             }
         }

@@ -10,10 +10,6 @@
 
 namespace {
 
-QString key(const QString& name) {
-    return name.toCaseFolded();
-}
-
 QString wide(const wchar_t* text) {
     return QString::fromWCharArray(text ? text : L"");
 }
@@ -27,17 +23,17 @@ OvDbSymbolTable::OvDbSymbolTable() = default;
 OvDbSymbolTable::~OvDbSymbolTable() = default;
 
 OvDbStub* OvDbSymbolTable::findLive(const QString& name) const {
-    OvDbStub* stub = m_index.value(key(name), nullptr);
+    OvDbStub* stub = m_index.value(name, nullptr);
     return OvDbAccess::isLive(stub) ? stub : nullptr;
 }
 
 OvDbStub* OvDbSymbolTable::findErased(const QString& name) const {
     // Erased records are rare and looked for on request only: a walk will do.
-    const QString k = key(name);
     for (auto it = m_records.rbegin(); it != m_records.rend(); ++it) {
         OvDbStub* stub = it->stub();
         if (stub->object && stub->erased &&
-            key(OvDbAccess::recordName(static_cast<OvDbSymbolTableRecord*>(stub->object))) == k)
+            OvDbAccess::recordName(static_cast<OvDbSymbolTableRecord*>(stub->object))
+                    .compare(name, Qt::CaseInsensitive) == 0)
             return stub;
     }
     return nullptr;
@@ -52,8 +48,8 @@ std::vector<OvDbObjectId>& OvDbAccess::records(OvDbSymbolTable* table) {
 }
 
 void OvDbAccess::indexRecord(OvDbSymbolTable* table, OvDbStub* record) {
-    table->m_index.insert(
-        key(recordName(static_cast<const OvDbSymbolTableRecord*>(record->object))), record);
+    table->m_index.insert(recordName(static_cast<const OvDbSymbolTableRecord*>(record->object)),
+                          record);
 }
 
 Orvex::ErrorStatus OvDbSymbolTable::getAt(const wchar_t* name, OvDbSymbolTableRecord*& record,
@@ -176,7 +172,10 @@ OvDbSymbolTableIterator::OvDbSymbolTableIterator(const OvDbSymbolTable* table, b
 OvDbSymbolTableIterator::~OvDbSymbolTableIterator() = default;
 
 const std::vector<OvDbObjectId>* OvDbSymbolTableIterator::records() const {
-    const auto* table = OvDbAccess::objectAs<OvDbSymbolTable>(m_table);
+    // Asked at every step of every walk. The id was a table's when the iterator was made,
+    // and a stub never holds an object of another class, so only its presence is tested.
+    const OvDbStub* stub = m_table.stub();
+    const auto* table = stub ? static_cast<const OvDbSymbolTable*>(stub->object) : nullptr;
     return table ? &table->m_records : nullptr;
 }
 

@@ -135,10 +135,9 @@ void OvDbAccess::setRecordName(OvDbSymbolTableRecord* record, const QString& nam
         return;
     }
     OvDbStub* self = stub(record);
-    const QString oldKey = record->m_name.toCaseFolded();
-    if (table->m_index.value(oldKey, nullptr) == self)
-        table->m_index.remove(oldKey);
+    if (table->m_index.value(record->m_name, nullptr) == self)
+        table->m_index.remove(record->m_name);
     record->m_name = name;
     if (!self->erased)
-        table->m_index.insert(name.toCaseFolded(), self);
+        table->m_index.insert(name, self);
 }

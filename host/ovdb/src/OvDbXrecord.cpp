@@ -70,28 +70,23 @@ QJsonValue linkValue(const resbuf* link) {
     }
 }
 
-bool isInteger(const QJsonValue& v, qint64 min, qint64 max) {
-    if (!v.isDouble())
-        return false;
-    const double d = v.toDouble();
-    return d == std::floor(d) && d >= static_cast<double>(min) && d <= static_cast<double>(max);
-}
+using Value = OvDbDwgReader::Value;
 
 // One link from its file form; null (and `problem` set) when the value does not fit.
 // Everything a chain owns comes from malloc, as ovutRelRb expects.
-resbuf* linkFromJson(const QJsonValue& item, QString& problem) {
-    const QJsonArray pair = item.toArray();
-    if (!item.isArray() || pair.size() != 2 || !isInteger(pair[0], INT_MIN, INT_MAX)) {
+resbuf* linkFromItem(const Value& item, QString& problem) {
+    if (item.kind != Value::Kind::List || item.items.size() != 2 ||
+        !item.items[0].isWhole(INT_MIN, INT_MAX)) {
         problem = QStringLiteral("each data item must be [group code, value]");
         return nullptr;
     }
-    if (!isInteger(pair[0], 0, RTNONE - 1)) {
+    if (!item.items[0].isWhole(0, RTNONE - 1)) {
         problem = QStringLiteral("group code %1 is not one of stored data (0 to 4999)")
-                      .arg(static_cast<qint64>(pair[0].toDouble()));
+                      .arg(static_cast<qint64>(item.items[0].number));
         return nullptr;
     }
-    const int code = pair[0].toInt();
-    const QJsonValue v = pair[1];
+    const int code = static_cast<int>(item.items[0].number);
+    const Value& v = item.items[1];
     resbuf* link = ovutNewRb(code);
     if (!link) {
         problem = QStringLiteral("out of memory");
@@ -101,41 +96,43 @@ resbuf* linkFromJson(const QJsonValue& item, QString& problem) {
     switch (ovutValueKind(code)) {
     case OvRbValueKind::String:
     case OvRbValueKind::Handle:
-        if (v.isString()) {
+        if (v.kind == Value::Kind::Text) {
             wchar_t* text = nullptr;
-            fits = ovutNewString(v.toString().toStdWString().c_str(), text) == RTNORM;
+            fits = ovutNewString(v.text.toStdWString().c_str(), text) == RTNORM;
             link->resval.rstring = text;
         }
         break;
     case OvRbValueKind::Int16:
-        fits = isInteger(v, std::numeric_limits<short>::min(), std::numeric_limits<short>::max());
-        link->resval.rint = static_cast<short>(v.toInt());
+        fits = v.isWhole(std::numeric_limits<short>::min(), std::numeric_limits<short>::max());
+        link->resval.rint = fits ? static_cast<short>(v.number) : short(0);
         break;
     case OvRbValueKind::Bool:
-        fits = v.isBool() || isInteger(v, 0, 1);
-        link->resval.rint = v.isBool() ? short(v.toBool()) : static_cast<short>(v.toInt());
+        fits = v.kind == Value::Kind::Bool || v.isWhole(0, 1);
+        link->resval.rint = v.kind == Value::Kind::Bool ? short(v.boolean)
+                            : fits                      ? static_cast<short>(v.number)
+                                                        : short(0);
         break;
     case OvRbValueKind::Int32:
-        fits = isInteger(v, std::numeric_limits<std::int32_t>::min(),
+        fits = v.isWhole(std::numeric_limits<std::int32_t>::min(),
                          std::numeric_limits<std::int32_t>::max());
-        link->resval.rlong = static_cast<std::int32_t>(v.toInteger());
+        link->resval.rlong = fits ? static_cast<std::int32_t>(v.number) : 0;
         break;
     case OvRbValueKind::Real:
-        fits = v.isDouble();
-        link->resval.rreal = v.toDouble();
+        fits = v.kind == Value::Kind::Number;
+        link->resval.rreal = v.number;
         break;
     case OvRbValueKind::Point: {
-        const QJsonArray a = v.toArray();
-        fits =
-            v.isArray() && a.size() == 3 && a[0].isDouble() && a[1].isDouble() && a[2].isDouble();
-        for (qsizetype i = 0; fits && i < 3; ++i)
-            link->resval.rpoint[i] = a[i].toDouble();
+        fits = v.kind == Value::Kind::List && v.items.size() == 3;
+        for (std::size_t i = 0; fits && i < 3; ++i) {
+            fits = v.items[i].kind == Value::Kind::Number;
+            link->resval.rpoint[i] = v.items[i].number;
+        }
         break;
     }
     case OvRbValueKind::Binary: {
-        const QByteArray hex = v.toString().toLatin1();
+        const QByteArray hex = v.text.toLatin1();
         const QByteArray bytes = QByteArray::fromHex(hex);
-        fits = v.isString() && bytes.size() * 2 == hex.size() &&
+        fits = v.kind == Value::Kind::Text && bytes.size() * 2 == hex.size() &&
                bytes.size() <= std::numeric_limits<short>::max() && bytes.toHex() == hex.toLower();
         if (fits && !bytes.isEmpty()) {
             link->resval.rbinary.buf = static_cast<char*>(std::malloc(bytes.size()));
@@ -214,22 +211,27 @@ void OvDbXrecord::writeFields(OvDbDwgWriter& out) const {
 Orvex::ErrorStatus OvDbXrecord::readFields(OvDbDwgReader& in) {
     if (OvDbObject::readFields(in) != Orvex::eOk)
         return in.status();
-    const QJsonValue value = in.fields().value(QLatin1StringView("data"));
-    if (value.isUndefined())
-        return Orvex::eOk;
-    if (!value.isArray())
-        return in.fail(Orvex::eBadDrawingFormat, QStringLiteral("'data' must be a list"));
     resbuf* head = nullptr;
     resbuf* tail = nullptr;
-    for (const QJsonValue& item : value.toArray()) {
-        QString problem;
-        resbuf* link = linkFromJson(item, problem);
-        if (!link) {
-            ovutRelRb(head);
-            return in.fail(Orvex::eBadDrawingFormat, problem);
-        }
-        (tail ? tail->rbnext : head) = link;
-        tail = link;
+    const OvDbDwgReader::Items read =
+        in.readItems(QLatin1StringView("data"), [&](const Value& item) {
+            QString problem;
+            resbuf* link = linkFromItem(item, problem);
+            if (!link) {
+                in.fail(Orvex::eBadDrawingFormat, problem);
+                return false;
+            }
+            (tail ? tail->rbnext : head) = link;
+            tail = link;
+            return true;
+        });
+    if (read == OvDbDwgReader::Items::Missing)
+        return Orvex::eOk;
+    if (read != OvDbDwgReader::Items::Read) {
+        ovutRelRb(head);
+        if (read == OvDbDwgReader::Items::NotAList)
+            return in.fail(Orvex::eBadDrawingFormat, QStringLiteral("'data' must be a list"));
+        return in.status();
     }
     ovutRelRb(m_chain);
     m_chain = head;

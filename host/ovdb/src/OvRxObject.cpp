@@ -14,5 +14,6 @@ OvRxClass* OvRxObject::isA() const {
 }
 
 bool OvRxObject::isKindOf(const OvRxClass* cls) const {
-    return isA()->isDerivedFrom(cls);
+    const OvRxClass* own = isA();
+    return own == cls || own->isDerivedFrom(cls);
 }

@@ -146,6 +146,53 @@ TEST_F(QvxBlockRef, AFileIsReadIntoASideDatabaseThatIsNeverSaved) {
     }
 }
 
+TEST_F(QvxBlockRef, AFileReadBeforeIsReachedAgainUntilItChangesOnDisk) {
+    const QString file = path("shared.dwg");
+    auto save = [&](const QString& wireLays) {
+        OvDbDatabase database(true, true);
+        addReference(&database, kWdm, {{kWireLays, wireLays}});
+        ASSERT_EQ(database.saveAs(wide(file).c_str()), Orvex::eOk);
+    };
+    save("A*");
+    ZelQvxBlockRef first;
+    ASSERT_TRUE(first.open(file, 32, false));
+    OvDbDatabase* shared = first.database();
+    ZelQvxBlockRef second;
+    ASSERT_TRUE(second.open(m_temp.path() + "/./shared.dwg", 32, false));
+    EXPECT_EQ(second.database(), shared) << "an unchanged file is not read again";
+
+    // A write gives the writer a drawing of its own; nobody else sees it.
+    ASSERT_TRUE(second.find(kWdm, 0, 0));
+    ASSERT_TRUE(second.setAttributeTextString(kWireLays, "C*", true));
+    EXPECT_NE(second.database(), shared);
+    EXPECT_EQ(read(second, kWireLays), "C*");
+    ASSERT_TRUE(first.find(kWdm, 0, 0));
+    EXPECT_EQ(read(first, kWireLays), "A*");
+    {
+        ZelQvxBlockRef third;
+        ASSERT_TRUE(third.open(file, 32, false));
+        EXPECT_EQ(third.database(), shared);
+    }
+
+    // The file changes on disk: the next open reads it again, while a helper that holds
+    // the old drawing keeps it until it lets it go.
+    save("B*");
+    ZelQvxBlockRef fourth;
+    ASSERT_TRUE(fourth.open(file, 32, false));
+    EXPECT_NE(fourth.database(), shared);
+    ASSERT_TRUE(fourth.find(kWdm, 0, 0));
+    EXPECT_EQ(read(fourth, kWireLays), "B*");
+    EXPECT_EQ(read(first, kWireLays), "A*");
+    first.close();
+    ASSERT_TRUE(first.open(file, 32, false));
+    EXPECT_EQ(first.database(), fourth.database());
+
+    // A file that is no longer a drawing is refused, not served from what was read.
+    writeFile("shared.dwg", "not a drawing any more");
+    ZelQvxBlockRef fifth;
+    EXPECT_FALSE(fifth.open(file, 32, false));
+}
+
 TEST_F(QvxBlockRef, AReferenceBusyErasedOrOfAClosedDocumentIsNotReached) {
     OvApDocument* doc = savedDocument("gone.dwg", "W*");
     ZelQvxBlockRef ref;

@@ -2,6 +2,8 @@
 
 #include "OvdbTest.h"
 
+#include <QTemporaryDir>
+
 #include <cmath>
 
 namespace {
@@ -134,6 +136,101 @@ TEST_F(Blocks, ReferenceOwnsItsAttributes) {
     for (OvDbObjectId id : attributeIds)
         EXPECT_FALSE(id.isErased());
     reference->close();
+}
+
+// Blocks by name, and references to them appended to a space.
+class BlockReferences : public Blocks {
+protected:
+    OvDbObjectId block(OvDbDatabase& database, const wchar_t* name) {
+        OvDbBlockTable* blocks = nullptr;
+        EXPECT_EQ(database.getSymbolTable(blocks, OvDb::kForWrite), eOk);
+        auto* definition = new OvDbBlockTableRecord();
+        definition->setName(name);
+        OvDbObjectId id;
+        EXPECT_EQ(blocks->add(id, definition), eOk);
+        definition->close();
+        blocks->close();
+        return id;
+    }
+    static OvDbObjectId insert(OvDbObjectId block, OvDbObjectId space) {
+        OvDbBlockTableRecord* owner = nullptr;
+        EXPECT_EQ(ovdbOpenObject(owner, space, OvDb::kForWrite), eOk);
+        OvDbObjectId id;
+        auto* reference = new OvDbBlockReference(OvGePoint3d(), block);
+        EXPECT_EQ(owner->appendOvDbEntity(id, reference), eOk);
+        reference->close();
+        owner->close();
+        return id;
+    }
+    static std::vector<OvDbObjectId> referencesOf(OvDbObjectId block) {
+        OvDbBlockTableRecord* record = nullptr;
+        EXPECT_EQ(ovdbOpenObject(record, block, OvDb::kForRead), eOk);
+        OvDbObjectIdArray ids;
+        EXPECT_EQ(record->getReferenceIds(ids), eOk);
+        record->close();
+        return ids;
+    }
+    static void retarget(OvDbObjectId reference, OvDbObjectId block) {
+        OvDbBlockReference* r = nullptr;
+        ASSERT_EQ(ovdbOpenObject(r, reference, OvDb::kForWrite), eOk);
+        EXPECT_EQ(r->setBlockTableRecord(block), eOk);
+        r->close();
+    }
+};
+
+TEST_F(BlockReferences, ABlockKnowsItsReferencesInDrawingOrderThroughEveryChange) {
+    const OvDbObjectId a = block(db, L"WD_M");
+    const OvDbObjectId b = block(db, L"TITLE");
+    const OvDbObjectId r1 = insert(a, db.modelSpaceId());
+    addLine(db, 1);
+    const OvDbObjectId r2 = insert(b, db.modelSpaceId());
+    const OvDbObjectId r3 = insert(a, db.paperSpaceId());
+    const OvDbObjectId r4 = insert(a, db.modelSpaceId());
+    using Ids = std::vector<OvDbObjectId>;
+    EXPECT_EQ(referencesOf(a), (Ids{r1, r3, r4})) << "every space, in the order added";
+    EXPECT_EQ(referencesOf(b), (Ids{r2}));
+    EXPECT_TRUE(referencesOf(db.modelSpaceId()).empty());
+
+    // Erased references are left out, and come back in their place when revived.
+    setErased(r1);
+    EXPECT_EQ(referencesOf(a), (Ids{r3, r4}));
+    setErased(r1, false);
+    EXPECT_EQ(referencesOf(a), (Ids{r1, r3, r4}));
+
+    // A reference that inserts another block moves, keeping its place in drawing order.
+    retarget(r4, b);
+    retarget(r1, b);
+    EXPECT_EQ(referencesOf(a), (Ids{r3}));
+    EXPECT_EQ(referencesOf(b), (Ids{r1, r2, r4}));
+    retarget(r1, a);
+
+    // A save and a read give the same answers, by handle; a reference erased at the save is
+    // not in the file, and a new one in the read drawing comes last.
+    setErased(r3);
+    QTemporaryDir dir;
+    const std::wstring file = dir.filePath(QStringLiteral("refs.dwg")).toStdWString();
+    ASSERT_EQ(db.saveAs(file.c_str()), eOk);
+    OvDbDatabase side(false, true);
+    ASSERT_EQ(side.readDwgFile(file.c_str()), eOk) << side.lastErrorMessage().toStdString();
+    auto handles = [](const Ids& ids) {
+        std::vector<std::uint64_t> out;
+        for (OvDbObjectId id : ids)
+            out.push_back(id.handle().value());
+        return out;
+    };
+    OvDbObjectId sideA;
+    OvDbObjectId sideB;
+    ASSERT_EQ(side.getOvDbObjectId(sideA, false, a.handle()), eOk);
+    ASSERT_EQ(side.getOvDbObjectId(sideB, false, b.handle()), eOk);
+    EXPECT_EQ(handles(referencesOf(sideA)), handles(Ids{r1}));
+    EXPECT_EQ(handles(referencesOf(sideB)), handles(Ids{r2, r4}));
+    const OvDbObjectId r5 = insert(sideB, side.modelSpaceId());
+    EXPECT_EQ(handles(referencesOf(sideB)), handles(Ids{r2, r4, r5}));
+
+    // A reference made but never added is no reference of the block.
+    auto* loose = new OvDbBlockReference(OvGePoint3d(), a);
+    EXPECT_EQ(referencesOf(a), (Ids{r1}));
+    delete loose;
 }
 
 TEST_F(Blocks, PendingAttributesDieWithANeverAddedReference) {

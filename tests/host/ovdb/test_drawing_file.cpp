@@ -12,6 +12,12 @@
 
 #include <functional>
 
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+
 namespace {
 
 using namespace Orvex;
@@ -35,6 +41,12 @@ protected:
     }
 
     QString path(const QString& name) const { return dir.filePath(name); }
+
+    QString fifo(const QString& name) const {
+        const QString file = path(name);
+        EXPECT_EQ(::mkfifo(QFile::encodeName(file).constData(), 0600), 0);
+        return file;
+    }
 
     // Every live object of a drawing with its handle, owner, class and values, reached
     // through the public interface alone.
@@ -335,6 +347,8 @@ TEST_F(DrawingFiles, BadFilesLeaveTheDatabaseUntouched) {
         return writeBytes(name, QJsonDocument(root).toJson());
     };
     const QString continuous = source.continuousLinetype().handle().toString();
+    QJsonObject badHeader = goodRoot.value("header").toObject();
+    badHeader.insert("clayre", "1");
 
     struct Case {
         const char* what;
@@ -376,6 +390,31 @@ TEST_F(DrawingFiles, BadFilesLeaveTheDatabaseUntouched) {
          eBadDrawingFormat, "wire_red_1.5"},
         {"unknown type", object("unknown.dwg", "type", "Line", "type", "Spline"), eBadDrawingFormat,
          "Spline"},
+        // A key no object of its class has (here a flipped byte) is named, not passed over;
+        // so is a key given twice, and a key the document or its header does not have.
+        {"unknown key", object("key.dwg", "name", "WIRE_BLUE", "lineWeighu", 50), eBadDrawingFormat,
+         "object " + edited + " .*unknown key \"lineWeighu\""},
+        {"key twice",
+         writeBytes("twice.dwg", QByteArray(bytes).replace("\"type\":\"Line\"",
+                                                           "\"type\":\"Line\",\"type\":\"Line\"")),
+         eBadDrawingFormat, "Line.*\"type\" twice"},
+        {"unknown key of the document", header("rootkey.dwg", "extra", 1), eBadDrawingFormat,
+         "drawing has an unknown key \"extra\""},
+        {"unknown key of the header", header("headerkey.dwg", "header", badHeader),
+         eBadDrawingFormat, "header has an unknown key \"clayre\""},
+        // Texts that are not Unicode: lone surrogates by escape, either half.
+        {"lone high surrogate",
+         writeBytes("high.dwg", QByteArray(bytes).replace("\"WIRE_BLUE\"", "\"WIRE_\\ud800BLUE\"")),
+         eBadDrawingFormat, "not valid Unicode"},
+        {"lone low surrogate",
+         writeBytes("low.dwg", QByteArray(bytes).replace("\"WIRE_BLUE\"", "\"WIRE_\\udc00BLUE\"")),
+         eBadDrawingFormat, "not valid Unicode"},
+        {"JSON that is no object", writeBytes("number.dwg", "42\n"), eNotADrawingFile,
+         "a number, not an object"},
+        // Only a regular file is read: a pipe would block and a device never end.
+        {"a folder", dir.path(), eFileAccessErr, "folder"},
+        {"a pipe", fifo("pipe.dwg"), eFileAccessErr, "pipe"},
+        {"a device", QStringLiteral("/dev/zero"), eFileAccessErr, "device"},
     };
 
     // The victim: a drawing of its own, which no failed read may change.
@@ -394,6 +433,34 @@ TEST_F(DrawingFiles, BadFilesLeaveTheDatabaseUntouched) {
         EXPECT_EQ(db.fileName(), kept);
         EXPECT_FALSE(db.isModified());
     }
+}
+
+// A name written by another system in another encoding (here Latin-1) is not UTF-8: the
+// file opens and saves under its own name all the same, and no other file appears.
+TEST_F(DrawingFiles, AFileWhoseNameIsNotUtf8OpensAndSavesUnderItsName) {
+    const QString good = path("good.dwg");
+    ASSERT_EQ(db.saveAs(w(good).c_str()), eOk);
+    const QByteArray latin1 = QFile::encodeName(dir.path()) + "/caf\xe9.dwg";
+    ASSERT_EQ(::rename(QFile::encodeName(good).constData(), latin1.constData()), 0);
+    const QString name = QFile::decodeName(latin1);
+    ASSERT_TRUE(name.contains(QChar::ReplacementCharacter));
+
+    OvDbDatabase side(false, true);
+    ASSERT_EQ(side.readDwgFile(w(name).c_str()), eOk) << side.lastErrorMessage().toStdString();
+    addLayer(side, QStringLiteral("ADDED"));
+    ASSERT_EQ(side.saveAs(w(name).c_str()), eOk) << side.lastErrorMessage().toStdString();
+    int files = 0;
+    if (DIR* folder = ::opendir(QFile::encodeName(dir.path()).constData())) {
+        while (const dirent* entry = ::readdir(folder))
+            files += entry->d_name[0] != '.';
+        ::closedir(folder);
+    }
+    EXPECT_EQ(files, 1) << "no second file";
+    OvDbDatabase again(false, true);
+    ASSERT_EQ(again.readDwgFile(w(name).c_str()), eOk);
+    EXPECT_TRUE(dump(again).join('\n').contains("name=ADDED"));
+    // Qt cannot name it to remove it with its folder.
+    ::unlink(latin1.constData());
 }
 
 TEST_F(DrawingFiles, FailedSaveKeepsTheOldFile) {

@@ -3,6 +3,8 @@
 
 #include "OvdbTest.h"
 
+#include <QTemporaryDir>
+
 namespace {
 
 using namespace Orvex;
@@ -103,6 +105,58 @@ TEST_F(SymbolTables, NamesAreCheckedAndCompareWithoutCase) {
     EXPECT_EQ(table->add(twin), eAlreadyInDb);
     twin->close();
     table->close();
+}
+
+// The table answers a name from its index; a walk in table order that compares without
+// regard to case and passes over erased records must give the same record, whatever
+// happened to the names: non-ASCII letters (one outside the basic plane), renames, erased
+// records and new ones of an erased name.
+TEST_F(SymbolTables, LookUpGivesTheRecordAWalkInTableOrderFinds) {
+    const QString deseret = QString::fromUcs4(U"\U00010400X");      // capital long I
+    const QString deseretSmall = QString::fromUcs4(U"\U00010428x"); // its small form
+    for (const QString& name : {QStringLiteral("WIRE_RED"), QStringLiteral("Ärger_1"),
+                                QStringLiteral("ΣΊΣΥΦΟΣ"), deseret, QStringLiteral("OLD")})
+        addLayer(name);
+    auto rename = [&](const wchar_t* from, const wchar_t* to) {
+        OvDbLayerTableRecord* layer = nullptr;
+        ASSERT_EQ(ovdbOpenObject(layer, layerAt(from), OvDb::kForWrite), eOk);
+        EXPECT_EQ(layer->setName(to), eOk);
+        layer->close();
+    };
+    rename(L"OLD", L"New");
+    rename(L"wire_red", L"Wire_Red"); // a change of case only
+    setErased(layerAt(L"ärger_1"));
+    const OvDbObjectId again = addLayer(QStringLiteral("ÄRGER_1"));
+    EXPECT_NE(again, OvDbObjectId());
+
+    auto walk = [&](const QString& name) {
+        OvDbLayerTable* table = nullptr;
+        EXPECT_EQ(db.getSymbolTable(table, OvDb::kForRead), eOk);
+        OvDbLayerTableIterator* it = nullptr;
+        table->newIterator(it, true, true);
+        table->close();
+        OvDbObjectId found;
+        for (; !it->done() && found.isNull(); it->step()) {
+            OvDbLayerTableRecord* layer = nullptr;
+            EXPECT_EQ(it->getRecord(layer, OvDb::kForRead), eOk);
+            if (layer->name().compare(name, Qt::CaseInsensitive) == 0)
+                found = layer->objectId();
+            layer->close();
+        }
+        delete it;
+        return found;
+    };
+    for (const QString& name :
+         {QStringLiteral("wire_red"), QStringLiteral("WIRE_RED"), QStringLiteral("ärger_1"),
+          QStringLiteral("σίσυφοσ"), QStringLiteral("ΣΊΣΥΦΟΣ"), deseretSmall, deseret,
+          QStringLiteral("old"), QStringLiteral("NEW"), QStringLiteral("0"),
+          QStringLiteral("missing")}) {
+        SCOPED_TRACE(name.toStdString());
+        const OvDbObjectId walked = walk(name);
+        EXPECT_EQ(layerAt(name.toStdWString().c_str()), walked);
+        EXPECT_EQ(walked.isNull(), name == "old" || name == "missing");
+    }
+    EXPECT_EQ(walk("ärger_1"), again);
 }
 
 TEST_F(SymbolTables, RenameMovesTheNameAndKeepsTheRecord) {
@@ -276,6 +330,53 @@ TEST_F(SymbolTables, UsageDataMarksLayersThatLiveEntitiesUse) {
     EXPECT_TRUE(isInUse(attrs));
     generate();
     EXPECT_FALSE(isInUse(attrs)) << "an erased reference takes its attributes along";
+
+    // Revived, moved to another layer, erased with its block: what the marks follow is
+    // kept as it changes, not walked again.
+    setErased(referenceId, false);
+    OvDbObjectId line;
+    {
+        OvDbBlockTableRecord* space = nullptr;
+        ASSERT_EQ(ovdbOpenObject(space, db.modelSpaceId(), OvDb::kForRead), eOk);
+        OvDbBlockTableRecordIterator* it = nullptr;
+        space->newIterator(it);
+        space->close();
+        line = it->entityId();
+        delete it;
+    }
+    OvDbEntity* moved = nullptr;
+    ASSERT_EQ(ovdbOpenObject(moved, line, OvDb::kForWrite), eOk);
+    ASSERT_EQ(moved->setLayer(empty), eOk);
+    moved->close();
+    OvDbObjectId symbol;
+    ASSERT_EQ(db.getSymbolTable(blocks, OvDb::kForRead), eOk);
+    blocks->getIdAt(L"SYMBOL", symbol);
+    blocks->close();
+    setErased(symbol);
+    generate();
+    EXPECT_TRUE(isInUse(attrs));
+    EXPECT_TRUE(isInUse(empty));
+    EXPECT_FALSE(isInUse(lines));
+    EXPECT_FALSE(isInUse(inBlock)) << "a block's entities go with it";
+    setErased(symbol, false);
+    generate();
+    EXPECT_TRUE(isInUse(inBlock));
+
+    // A drawing read from a file knows the same.
+    QTemporaryDir dir;
+    const std::wstring file = dir.filePath(QStringLiteral("usage.dwg")).toStdWString();
+    ASSERT_EQ(db.saveAs(file.c_str()), eOk);
+    OvDbDatabase side(false, true);
+    ASSERT_EQ(side.readDwgFile(file.c_str()), eOk);
+    OvDbLayerTable* table = nullptr;
+    ASSERT_EQ(side.getSymbolTable(table, OvDb::kForRead), eOk);
+    ASSERT_EQ(table->generateUsageData(), eOk);
+    table->close();
+    for (OvDbObjectId id : {lines, attrs, erased, inBlock, empty, current}) {
+        OvDbObjectId same;
+        ASSERT_EQ(side.getOvDbObjectId(same, false, id.handle()), eOk);
+        EXPECT_EQ(isInUse(same), isInUse(id)) << id.handle().toString().toStdString();
+    }
 }
 
 } // namespace

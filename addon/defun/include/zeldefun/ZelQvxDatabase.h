@@ -15,6 +15,12 @@ class OvDbDatabase;
 // A side database is never saved: what is written to it lives as long as this object and
 // no longer. A live database is the document's: this object only borrows it and stops
 // reaching it when the document closes.
+//
+// A file already read in this process, and unchanged on disk since (same file, size,
+// modification and change times), is not read again: the side database read then is
+// shared, read-only, by every helper that opens that file. The first write through a
+// helper gives that helper a copy of its own, read afresh from the file, so that nobody
+// else ever sees it. A file changed on disk is read again.
 class ZelQvxDatabase {
 public:
     ZelQvxDatabase();
@@ -39,13 +45,21 @@ public:
     OvDbDatabase* database() const;
     // True when the drawing is a document's live database.
     bool isLiveDocument() const;
+    // The drawing, ready to be written: a side database shared with other helpers is
+    // first replaced by a copy of this helper's own. Null when none or when the copy
+    // cannot be read.
+    OvDbDatabase* databaseForWrite();
+    // Forgets every shared side database not in use; what is in use stays with its users.
+    static void clearSharedDrawings();
     QString path() const;
     // Why the last open failed; empty after a successful one.
     QString lastError() const;
 
 private:
     OvDbDatabase* m_database = nullptr;
-    std::unique_ptr<OvDbDatabase> m_sideDatabase;
+    std::shared_ptr<OvDbDatabase> m_sideDatabase;
+    // The side database is shared through the process's cache of read drawings.
+    bool m_sideShared = false;
     QString m_path;
     QString m_lastError;
     // The live database's session number: a document closed and another opened may reuse

@@ -31,6 +31,11 @@ public:
 
     bool isModelSpace() const;
 
+    // The live references that insert this block, in any block of the drawing, in the
+    // order in which they were added (which is their order within each block). Costs the
+    // number of references the block ever had, not the number of entities.
+    Orvex::ErrorStatus getReferenceIds(OvDbObjectIdArray& ids) const;
+
 protected:
     bool acceptsName(const QString& name) const override;
     Orvex::ErrorStatus subErase(bool erasing) override;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ovdb/OvDbNameIndex.h"
 #include "ovdb/OvDbObject.h"
 
 #include <QHash>
@@ -67,5 +68,5 @@ private:
 
     std::vector<Entry> m_entries;
     // Case-folded name to the position of its live entry.
-    QHash<QString, int> m_index;
+    OvDbNameIndex<int> m_index;
 };

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "ovdb/OvDbNameIndex.h"
 #include "ovdb/OvDbObject.h"
 
-#include <QHash>
 #include <QString>
 
 #include <vector>
@@ -75,5 +75,5 @@ private:
 
     std::vector<OvDbObjectId> m_records;
     // Case-folded name to its live record.
-    QHash<QString, OvDbStub*> m_index;
+    OvDbNameIndex<OvDbStub*> m_index;
 };
