@@ -78,8 +78,8 @@ void ZelWireTypeRec::ChoosePattern(const QString& name, qsizetype& length, QStri
     }
     // Still colliding: the name is too short to be told from that layer, and is listed in
     // full.
-    if (!pattern.isEmpty() && !pattern.endsWith(u'*') && !collides)
-        pattern += u'*';
+    pattern = wireLayerPattern(pattern, pattern.size(),
+                               !pattern.isEmpty() && !pattern.endsWith(u'*') && !collides);
 }
 
 bool ZelWireTypeRec::IsInWd_m(QString name) {
@@ -141,9 +141,8 @@ bool ZelWireTypeRec::AddtoWd_m(QString name, bool reset) {
         while (nextToken(rest, token)) {
             if (wcMatch(token, pattern)) {
                 ++length;
-                pattern = name.left(length);
-                if (!pattern.endsWith(u'*'))
-                    pattern += u'*';
+                const QString prefix = name.left(length);
+                pattern = wireLayerPattern(prefix, prefix.size(), !prefix.endsWith(u'*'));
             }
         }
         // A full list stays as it is, without complaint.
