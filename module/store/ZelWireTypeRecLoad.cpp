@@ -238,6 +238,13 @@ bool ZelWireTypeRec::QueryWireType(QString drawingIndex, QString layerName,
         const long user = userValues.IsNull(1) ? 0 : userValues.FieldAsLong(1);
         const QString value = userValues.IsNull(2) ? QString() : userValues.FieldAsString(2);
         // USER n is position n + 1; a number outside 0 to 21 falls outside the result.
+        // The row was written by another program: whoever reads the damage that follows
+        // (a wire size overwritten, or the call failing) is told which row caused it.
+        if (user < 1 || user > static_cast<long>(kUserPropertyCount))
+            ovutPrintf(L"\n; project database: wire type \"%ls\" of drawing %ls has user "
+                       L"property number %ld in WIRETYPE_USR, which is not one from 1 to %d\n",
+                       wide(layerName).c_str(), wide(drawingIndex).c_str(), user,
+                       static_cast<int>(kUserPropertyCount));
         result.at(static_cast<std::size_t>(user + 1)) = value;
     }
 

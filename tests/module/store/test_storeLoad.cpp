@@ -268,10 +268,14 @@ TEST_F(StoreTest, AProjectWireTypeReadsAsTwentyThreeValues) {
     expected[20] = "nineteen";
     expected[22] = "0";
     EXPECT_EQ(values, expected);
-    // USER 0 lands on the wire size.
+    EXPECT_FALSE(output().contains("user property number")) << output().toStdString();
+    // USER 0 lands on the wire size, and the command line says which row did it.
     values.clear();
     ASSERT_TRUE(store.QueryWireType("1", "ZERO", values, 1));
     EXPECT_EQ(values[1], "over the size");
+    EXPECT_TRUE(output().contains("wire type \"ZERO\" of drawing 1 has user property number 0 "
+                                  "in WIRETYPE_USR, which is not one from 1 to 20"))
+        << output().toStdString();
     values.clear();
     ASSERT_TRUE(store.QueryWireType("9", "UNKNOWN", values, 1));
     EXPECT_EQ(values, std::vector<QString>(23));
@@ -280,6 +284,8 @@ TEST_F(StoreTest, AProjectWireTypeReadsAsTwentyThreeValues) {
     values.clear();
     EXPECT_THROW(store.QueryWireType("2", "BAD", values, 1), std::out_of_range);
     EXPECT_EQ(values.at(0), "GRN");
+    EXPECT_TRUE(output().contains("\"BAD\" of drawing 2 has user property number 22"))
+        << output().toStdString();
 
     // The texts go into the statement as they are; the failed statement is printed.
     values.clear();
