@@ -213,6 +213,19 @@ bool ZelWireTypeRec::GetDwgWireTypeInfo(QString drawingName, OvDbDatabase* datab
     return true;
 }
 
+namespace {
+
+// A statement stopped while its rows were read (it ran out of time) is said at the command
+// line, as one that could not run at all is; the rows read before it stopped stay.
+void reportFetchFailure(ZelOleDbCommand& command) {
+    if (command.GetErrorStatement().isEmpty())
+        return;
+    ovutPrintf(L"\n; project database: %ls\n%ls\n", wide(command.GetErrorInfo(false)).c_str(),
+               wide(command.GetErrorStatement()).c_str());
+}
+
+} // namespace
+
 bool ZelWireTypeRec::QueryWireType(QString drawingIndex, QString layerName,
                                    std::vector<QString>& result, int) {
     // Both values go into the statements as they are.
@@ -247,6 +260,7 @@ bool ZelWireTypeRec::QueryWireType(QString drawingIndex, QString layerName,
                        static_cast<int>(kUserPropertyCount));
         result.at(static_cast<std::size_t>(user + 1)) = value;
     }
+    reportFetchFailure(userValues);
 
     ZelOleDbCommand flag;
     if (!ExecuteProjectQuery(formatStatement(kSqlWireTypeFlag, drawingIndex, layerName), flag))
@@ -259,5 +273,6 @@ bool ZelWireTypeRec::QueryWireType(QString drawingIndex, QString layerName,
             result.at(kWireTypeSettingsCount - 1) =
                 flag.IsNull(column) ? QString() : flag.FieldAsString(column);
     }
+    reportFetchFailure(flag);
     return true;
 }

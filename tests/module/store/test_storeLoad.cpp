@@ -7,6 +7,7 @@
 #include "support/ZelTestDrawing.h"
 #include "support/ZelTestHost.h"
 #include "support/ZelTestProject.h"
+#include "zeloledb/ZelOleDbCommand.h"
 
 #include "ovcore/OvApDocManager.h"
 #include "ovdb/ovdb.h"
@@ -294,6 +295,30 @@ TEST_F(StoreTest, AProjectWireTypeReadsAsTwentyThreeValues) {
     EXPECT_TRUE(output().contains("O'BRIEN")) << output().toStdString();
     GetProjectManager()->closeProject();
     EXPECT_FALSE(store.QueryWireType("1", "RED_15", values, 1));
+}
+
+TEST_F(StoreTest, ARecursiveQueryThroughALayerNameIsStoppedAndSaid) {
+    const QString database = ZelTestProject::writeDatabase(
+        tempPath("project.db"),
+        "CREATE TABLE WIRETYPE (DWGIX TEXT, LAYNAME TEXT, WIRECOLOR TEXT, WIRESIZE TEXT,"
+        " FLAG INTEGER, USERCOUNT INTEGER);"
+        "CREATE TABLE WIRETYPE_USR (DWGIX TEXT, LAYNAME TEXT, USER INTEGER, VALUE TEXT);"
+        "INSERT INTO WIRETYPE VALUES ('1', 'RED_15', 'RED', '1.5', 0, 2);");
+    makeDrawing({});
+    openProject(ZelTestProject::write(tempPath("p"), "p", {}, database));
+    const auto before = ZelOleDbCommand::GetTimeLimit();
+    ZelOleDbCommand::SetTimeLimit(std::chrono::milliseconds(200));
+    // The layer name goes into the statements as it is; this one makes the user values
+    // endless (user property 1, over and over).
+    const QString layer = "RED_15' UNION ALL SELECT 1, x FROM (WITH RECURSIVE c(x) AS "
+                          "(SELECT 1 UNION ALL SELECT x + 1 FROM c) SELECT x FROM c) --";
+    ZelWireTypeRec store;
+    std::vector<QString> values;
+    // The flag's statement has one column, which the union does not: it fails on its own.
+    EXPECT_FALSE(store.QueryWireType("1", layer, values, 1));
+    EXPECT_EQ(values.at(0), "RED");
+    EXPECT_TRUE(output().contains("ran longer than 200 ms")) << output().toStdString();
+    ZelOleDbCommand::SetTimeLimit(before);
 }
 
 } // namespace
