@@ -10,6 +10,8 @@
 
 #include <tuple>
 
+#include <sys/stat.h>
+
 namespace {
 
 // The module's three statements of a wire type query, as it formats them.
@@ -182,6 +184,7 @@ TEST_F(OleDb, AStatementThatRunsTooLongIsStoppedWithAnError) {
 }
 
 TEST_F(OleDb, DatabasesThatCannotBeOpenedAreSaidSo) {
+    ASSERT_EQ(mkfifo(path("pipe.db").toLocal8Bit().constData(), 0600), 0);
     QFile notes(path("notes.db"));
     ASSERT_TRUE(notes.open(QIODevice::WriteOnly));
     notes.write(QByteArray(4096, 'z'));
@@ -193,6 +196,7 @@ TEST_F(OleDb, DatabasesThatCannotBeOpenedAreSaidSo) {
     const std::tuple<QString, int, const char*> cases[] = {
         {connectString(path("missing.db")), 0, "does not exist"},
         {connectString(m_temp.path()), 0, "folder"},
+        {connectString(path("pipe.db")), 0, "not a regular file"},
         {connectString(notes.fileName()), 0, "not a database"},
         {other, ZelOleDbErrorInfo::ProviderRefused, "SQLOLEDB"},
         {"Provider=x;Data Source=\"/open.db", bad, ""},
