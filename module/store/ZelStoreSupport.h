@@ -82,6 +82,9 @@ inline constexpr const char* kSqlMostUsedWireType =
 // leading '~' negates) are escaped with the back-quote, which no layer name holds; all
 // others stay as they are, so the pattern always matches its own layer.
 QString wireLayerPattern(const QString& name, qsizetype length, bool wildcardTail);
+// The first `length` characters of `name`, one more where `length` would end between the
+// two halves of a character beyond the 16-bit range: half a character matches nothing.
+QString namePrefix(const QString& name, qsizetype length);
 
 // The host's working database, fetched anew at each use: it changes between commands.
 OvDbDatabase* workingDatabase();

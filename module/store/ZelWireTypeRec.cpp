@@ -47,8 +47,16 @@ bool wcMatch(const QString& text, const QString& pattern) {
     return ovutWcMatch(wide(text).c_str(), wide(pattern).c_str()) == RTNORM;
 }
 
+QString namePrefix(const QString& name, qsizetype length) {
+    length = std::clamp<qsizetype>(length, 0, name.size());
+    if (length > 0 && length < name.size() && name.at(length - 1).isHighSurrogate() &&
+        name.at(length).isLowSurrogate())
+        ++length;
+    return name.left(length);
+}
+
 QString wireLayerPattern(const QString& name, qsizetype length, bool wildcardTail) {
-    const QStringView prefix = QStringView(name).left(std::max<qsizetype>(length, 0));
+    const QString prefix = namePrefix(name, length);
     QString pattern;
     pattern.reserve(prefix.size() + 4);
     for (qsizetype i = 0; i < prefix.size(); ++i) {

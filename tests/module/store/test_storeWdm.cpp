@@ -71,6 +71,18 @@ TEST_F(StoreTest, APatternOfANameWithMatcherCharactersMatchesThatLayerOnly) {
     }
 }
 
+TEST_F(StoreTest, APatternNeverEndsInHalfACharacter) {
+    // Beyond the 16-bit range a character takes two code units; the third one of "AB😀C"
+    // is the first half of the face.
+    const QString name = QStringLiteral("AB\U0001F600C");
+    makeDrawing({"ABC"}, QString());
+    ZelWireTypeRec store;
+    EXPECT_TRUE(store.AddtoWd_m(name, false));
+    EXPECT_EQ(wireLays(), QStringLiteral("AB\U0001F600*"));
+    EXPECT_TRUE(store.IsInWd_m(name));
+    EXPECT_FALSE(store.IsInWd_m("ABC"));
+}
+
 TEST_F(StoreTest, TheListStopsGrowingAt256Characters) {
     for (const int length : {255, 256}) {
         const QString full = QString(length - 2, u'X') + QStringLiteral("*Z");
