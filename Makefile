@@ -1,13 +1,14 @@
 # make run   set-up, build, and the main job on the bundled demo
 # make test  set-up, build, and every test
 # make bench set-up, build, and the benchmarks
+# make fuzz  set-up, build the fuzz targets with clang, run each for FUZZ_TIME seconds
 
 BUILD      ?= build
 BUILD_TYPE ?= RelWithDebInfo
 CMAKE_ARGS ?=
 JOBS       ?= $(shell nproc)
 
-.PHONY: all setup configure build test bench run format clean
+.PHONY: all setup configure build test bench fuzz run format clean
 
 all: build
 
@@ -34,6 +35,16 @@ bench: configure
 	@cmake --build $(BUILD) -j $(JOBS) --target zel_benchmarks
 	@scripts/run-benchmarks $(BUILD)
 
+# The fuzz targets live in a tree of their own, built by clang with libFuzzer and the
+# sanitizers; each runs FUZZ_TIME seconds on its corpus (tests/fuzz/corpus/<target>).
+FUZZ_BUILD ?= build-fuzz
+FUZZ_TIME  ?= 60
+fuzz: setup
+	@cmake -S . -B $(FUZZ_BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZEL_FUZZ=ON \
+		-DZEL_BUILD_BENCH=OFF -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ >/dev/null
+	@cmake --build $(FUZZ_BUILD) -j $(JOBS) --target zel_fuzzers
+	@scripts/run-fuzzers $(FUZZ_BUILD) $(FUZZ_TIME)
+
 run: build
 	@scripts/run-demo $(BUILD)
 
@@ -41,4 +52,4 @@ format:
 	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
 clean:
-	rm -rf $(BUILD) build-asan
+	rm -rf $(BUILD) build-asan $(FUZZ_BUILD)

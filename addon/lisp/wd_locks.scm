@@ -13,7 +13,8 @@
         (wd-complain " wdupda_chkdwglockstatus" "give a list of drawing paths"))))
 
 (define (wd-first-foreign-lock drawings)
-  (let loop ((rest drawings))
+  ;; A list that comes round again would be walked for ever: it holds no drawing.
+  (let loop ((rest (if (list? drawings) drawings '())))
     (if (null rest)
         nil
         (let ((lock (zel_dwg_lock_info (car rest))))

@@ -20,7 +20,7 @@ OvRxQvxApp::CommandEntry* const s_addOnCommandTable[] = {&s_wireTypeSelCommand};
 
 // The class, command and LISP symbol tables are empty: the sixteen LISP functions are
 // registered by explicit calls at each drawing load.
-constinit const OvRxQvxApp::Tables s_tables = {{}, {}, s_addOnCommandTable, {}};
+constexpr OvRxQvxApp::Tables s_tables = {{}, {}, s_addOnCommandTable, {}};
 
 } // namespace
 

@@ -76,6 +76,16 @@ inline constexpr const char* kSqlMostUsedWireType =
     "SELECT TOP 1 WIRECOLOR, WIRESIZE, MAX(USERCOUNT) AS USRCOUNT FROM WIRETYPE GROUP BY "
     "WIRECOLOR, WIRESIZE";
 
+// The wildcard pattern of a wire layer: the first `length` characters of `name`, followed
+// by a star when `wildcardTail`. The matcher's characters that a layer name may hold but
+// that would not stand for themselves ('#' wants a digit, '@' a letter, '[' opens a set, a
+// leading '~' negates) are escaped with the back-quote, which no layer name holds; all
+// others stay as they are, so the pattern always matches its own layer.
+QString wireLayerPattern(const QString& name, qsizetype length, bool wildcardTail);
+// The first `length` characters of `name`, one more where `length` would end between the
+// two halves of a character beyond the 16-bit range: half a character matches nothing.
+QString namePrefix(const QString& name, qsizetype length);
+
 // The host's working database, fetched anew at each use: it changes between commands.
 OvDbDatabase* workingDatabase();
 // The file of the current document; empty for a drawing never saved or no document.

@@ -10,6 +10,8 @@
 #include "platform/Resources.h"
 #include "zelpm/ZelPrmProjectManager.h"
 
+#include <algorithm>
+
 namespace zelstore {
 
 // Messages meant for a debugger: silent unless QT_LOGGING_RULES turns them on.
@@ -43,6 +45,29 @@ QString formatStatement(const char* statement, const QString& first, const QStri
 
 bool wcMatch(const QString& text, const QString& pattern) {
     return ovutWcMatch(wide(text).c_str(), wide(pattern).c_str()) == RTNORM;
+}
+
+QString namePrefix(const QString& name, qsizetype length) {
+    length = std::clamp<qsizetype>(length, 0, name.size());
+    if (length > 0 && length < name.size() && name.at(length - 1).isHighSurrogate() &&
+        name.at(length).isLowSurrogate())
+        ++length;
+    return name.left(length);
+}
+
+QString wireLayerPattern(const QString& name, qsizetype length, bool wildcardTail) {
+    const QString prefix = namePrefix(name, length);
+    QString pattern;
+    pattern.reserve(prefix.size() + 4);
+    for (qsizetype i = 0; i < prefix.size(); ++i) {
+        const QChar c = prefix.at(i);
+        if (c == u'#' || c == u'@' || c == u'[' || (c == u'~' && i == 0))
+            pattern += u'`';
+        pattern += c;
+    }
+    if (wildcardTail)
+        pattern += u'*';
+    return pattern;
 }
 
 bool hasInvalidLayerChar(const QString& name) {

@@ -213,6 +213,19 @@ bool ZelWireTypeRec::GetDwgWireTypeInfo(QString drawingName, OvDbDatabase* datab
     return true;
 }
 
+namespace {
+
+// A statement stopped while its rows were read (it ran out of time) is said at the command
+// line, as one that could not run at all is; the rows read before it stopped stay.
+void reportFetchFailure(ZelOleDbCommand& command) {
+    if (command.GetErrorStatement().isEmpty())
+        return;
+    ovutPrintf(L"\n; project database: %ls\n%ls\n", wide(command.GetErrorInfo(false)).c_str(),
+               wide(command.GetErrorStatement()).c_str());
+}
+
+} // namespace
+
 bool ZelWireTypeRec::QueryWireType(QString drawingIndex, QString layerName,
                                    std::vector<QString>& result, int) {
     // Both values go into the statements as they are.
@@ -238,8 +251,16 @@ bool ZelWireTypeRec::QueryWireType(QString drawingIndex, QString layerName,
         const long user = userValues.IsNull(1) ? 0 : userValues.FieldAsLong(1);
         const QString value = userValues.IsNull(2) ? QString() : userValues.FieldAsString(2);
         // USER n is position n + 1; a number outside 0 to 21 falls outside the result.
+        // The row was written by another program: whoever reads the damage that follows
+        // (a wire size overwritten, or the call failing) is told which row caused it.
+        if (user < 1 || user > static_cast<long>(kUserPropertyCount))
+            ovutPrintf(L"\n; project database: wire type \"%ls\" of drawing %ls has user "
+                       L"property number %ld in WIRETYPE_USR, which is not one from 1 to %d\n",
+                       wide(layerName).c_str(), wide(drawingIndex).c_str(), user,
+                       static_cast<int>(kUserPropertyCount));
         result.at(static_cast<std::size_t>(user + 1)) = value;
     }
+    reportFetchFailure(userValues);
 
     ZelOleDbCommand flag;
     if (!ExecuteProjectQuery(formatStatement(kSqlWireTypeFlag, drawingIndex, layerName), flag))
@@ -252,5 +273,6 @@ bool ZelWireTypeRec::QueryWireType(QString drawingIndex, QString layerName,
             result.at(kWireTypeSettingsCount - 1) =
                 flag.IsNull(column) ? QString() : flag.FieldAsString(column);
     }
+    reportFetchFailure(flag);
     return true;
 }

@@ -74,12 +74,12 @@ void ZelWireTypeRec::ChoosePattern(const QString& name, qsizetype& length, QStri
                 ++i;
         }
         if (patternLength >= 0)
-            pattern = name.left(patternLength);
+            pattern = namePrefix(name, patternLength);
     }
     // Still colliding: the name is too short to be told from that layer, and is listed in
     // full.
-    if (!pattern.isEmpty() && !pattern.endsWith(u'*') && !collides)
-        pattern += u'*';
+    pattern = wireLayerPattern(pattern, pattern.size(),
+                               !pattern.isEmpty() && !pattern.endsWith(u'*') && !collides);
 }
 
 bool ZelWireTypeRec::IsInWd_m(QString name) {
@@ -117,7 +117,7 @@ bool ZelWireTypeRec::GetWd_mLayerName(QString name, QString& pattern) {
 
 bool ZelWireTypeRec::AddtoWd_m(QString name, bool reset) {
     // With no non-wire layers the pattern keeps the case in which the name was given.
-    QString pattern = name.left(3);
+    QString pattern = namePrefix(name, 3);
     name = name.toUpper();
     QString value;
     if (!m_bBlockRefOpen || !ReadWireLays(m_blockRef, value))
@@ -141,9 +141,8 @@ bool ZelWireTypeRec::AddtoWd_m(QString name, bool reset) {
         while (nextToken(rest, token)) {
             if (wcMatch(token, pattern)) {
                 ++length;
-                pattern = name.left(length);
-                if (!pattern.endsWith(u'*'))
-                    pattern += u'*';
+                const QString prefix = namePrefix(name, length);
+                pattern = wireLayerPattern(prefix, prefix.size(), !prefix.endsWith(u'*'));
             }
         }
         // A full list stays as it is, without complaint.
@@ -204,7 +203,7 @@ bool ZelWireTypeRec::RegenWd_m() {
         if (!isLive(rec))
             continue;
         const QString name = rec->layerName.toUpper();
-        QString pattern = name.left(3);
+        QString pattern = namePrefix(name, 3);
         qsizetype length = 0;
         bool collides = false;
         ChoosePattern(name, length, pattern, collides);

@@ -10,6 +10,8 @@
 
 #include <tuple>
 
+#include <sys/stat.h>
+
 namespace {
 
 // The module's three statements of a wire type query, as it formats them.
@@ -153,7 +155,36 @@ TEST_F(OleDb, AFailingStatementGivesTheProvidersText) {
     EXPECT_TRUE(command.GetErrorStatement().isEmpty());
 }
 
+TEST_F(OleDb, AStatementThatRunsTooLongIsStoppedWithAnError) {
+    const auto before = ZelOleDbCommand::GetTimeLimit();
+    ZelOleDbCommand::SetTimeLimit(std::chrono::milliseconds(200));
+    const QString endless = "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c) ";
+    // One step that never ends: Execute itself fails.
+    ZelOleDbCommand command;
+    EXPECT_EQ(execute(command, endless + "SELECT count(*) FROM c"), ZelOleDbCommand::ExecuteFailed);
+    EXPECT_TRUE(command.GetErrorInfo().contains("ran longer than 200 ms"))
+        << command.GetErrorInfo().toStdString();
+
+    // Rows without end, as a layer name written into the module's statement gives them: the
+    // fetching stops with an error, whatever the caller's loop does.
+    const QString layer = "X' UNION ALL SELECT x, x FROM (" + endless + "SELECT x FROM c) --";
+    ASSERT_EQ(execute(command, secondQuery("1", layer)), ZelOleDbCommand::ExecuteRowset);
+    int rows = 0;
+    int status = 0;
+    while ((status = command.FetchNext()) == ZelOleDbCommand::FetchRow)
+        ++rows;
+    EXPECT_EQ(status, ZelOleDbCommand::FetchFailed);
+    EXPECT_GT(rows, 0);
+    EXPECT_TRUE(command.GetErrorInfo().contains("ran longer than 200 ms"));
+    EXPECT_EQ(command.GetErrorStatement(), secondQuery("1", layer));
+
+    // The next statement on the same connection has its own time.
+    EXPECT_EQ(queryWireType("1", "BK_1.5").section(u'|', 0, 1), "BK|1.5");
+    ZelOleDbCommand::SetTimeLimit(before);
+}
+
 TEST_F(OleDb, DatabasesThatCannotBeOpenedAreSaidSo) {
+    ASSERT_EQ(mkfifo(path("pipe.db").toLocal8Bit().constData(), 0600), 0);
     QFile notes(path("notes.db"));
     ASSERT_TRUE(notes.open(QIODevice::WriteOnly));
     notes.write(QByteArray(4096, 'z'));
@@ -165,6 +196,7 @@ TEST_F(OleDb, DatabasesThatCannotBeOpenedAreSaidSo) {
     const std::tuple<QString, int, const char*> cases[] = {
         {connectString(path("missing.db")), 0, "does not exist"},
         {connectString(m_temp.path()), 0, "folder"},
+        {connectString(path("pipe.db")), 0, "not a regular file"},
         {connectString(notes.fileName()), 0, "not a database"},
         {other, ZelOleDbErrorInfo::ProviderRefused, "SQLOLEDB"},
         {"Provider=x;Data Source=\"/open.db", bad, ""},

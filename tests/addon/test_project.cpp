@@ -8,6 +8,8 @@
 
 #include <vector>
 
+#include <sys/stat.h>
+
 namespace {
 
 class Project : public AddonTest {
@@ -103,8 +105,12 @@ TEST_F(Project, AFileThatIsNoProjectLeavesNoProjectActive) {
         {R"({"format": "zel-project", "version": 1, "database": ["x.db"]})",
          "\"database\" must be"},
     };
+    // A pipe would wait for a writer for ever, a device give bytes without end.
+    ASSERT_EQ(mkfifo(path("pipe.zpj").toLocal8Bit().constData(), 0600), 0);
     std::vector<std::pair<QString, QString>> files = {{path("missing.zpj"), "does not exist"},
-                                                      {m_temp.path(), "folder"}};
+                                                      {m_temp.path(), "folder"},
+                                                      {path("pipe.zpj"), "not a regular file"},
+                                                      {"/dev/zero", "not a regular file"}};
     int n = 0;
     for (const auto& [content, reason] : cases)
         files.emplace_back(writeFile(QStringLiteral("bad%1.zpj").arg(++n), content), reason);

@@ -20,10 +20,10 @@ bool pathArgument(const wchar_t* function, QString& path) {
     return true;
 }
 
-QString lockState(const OvDrawingLockInfo& lock) {
+QString lockState(const QString& drawing, const OvDrawingLockInfo& lock) {
     if (ovIsOwnDrawingLock(lock))
         return QStringLiteral("own");
-    return ovIsDrawingLockStale(lock) ? QStringLiteral("stale") : QStringLiteral("live");
+    return ovIsDrawingLockLive(drawing, lock) ? QStringLiteral("live") : QStringLiteral("stale");
 }
 
 } // namespace
@@ -40,7 +40,7 @@ int zelDwgLockInfo() {
         .string(lock->user)
         .string(lock->machine)
         .integer(lock->pid)
-        .string(lockState(*lock))
+        .string(lockState(path, *lock))
         .string(lock->time.isValid() ? lock->time.toString(Qt::ISODate) : QString())
         .endList();
     return zelRetOwnedList(chain.take());

@@ -4,6 +4,53 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+#include <atomic>
+
+namespace {
+
+// Long enough for any honest query on a project database, short enough that a runaway
+// one is soon reported.
+std::atomic<long long> s_timeLimitMs{10000};
+
+// Virtual machine steps between two looks at the clock.
+constexpr int kProgressSteps = 1000;
+
+} // namespace
+
+void ZelOleDbCommand::SetTimeLimit(std::chrono::milliseconds limit) {
+    s_timeLimitMs = std::max<long long>(limit.count(), 1);
+}
+
+std::chrono::milliseconds ZelOleDbCommand::GetTimeLimit() {
+    return std::chrono::milliseconds(s_timeLimitMs.load());
+}
+
+int ZelOleDbCommand::onProgress(void* command) {
+    auto* self = static_cast<ZelOleDbCommand*>(command);
+    if (std::chrono::steady_clock::now() < self->m_deadline)
+        return 0;
+    self->m_timedOut = true;
+    return 1; // SQLite stops the statement with SQLITE_INTERRUPT
+}
+
+int ZelOleDbCommand::step() {
+    // The handler belongs to the connection, which other commands share: it is set for
+    // this step alone.
+    sqlite3* db = m_session.get();
+    sqlite3_progress_handler(db, kProgressSteps, &ZelOleDbCommand::onProgress, this);
+    const int rc = sqlite3_step(m_stmt);
+    sqlite3_progress_handler(db, 0, nullptr, nullptr);
+    return rc;
+}
+
+QString ZelOleDbCommand::stepError(int rc) const {
+    if (rc == SQLITE_INTERRUPT && m_timedOut)
+        return QStringLiteral("the statement ran longer than %1 ms and was stopped")
+            .arg(GetTimeLimit().count());
+    return QString::fromUtf8(sqlite3_errmsg(m_session.get()));
+}
+
 ZelOleDbCommand::ZelOleDbCommand() = default;
 
 ZelOleDbCommand::~ZelOleDbCommand() {
@@ -46,6 +93,8 @@ int ZelOleDbCommand::Execute() {
                     QStringLiteral("there is no open connection to the project database"));
     m_session = m_connection->GetSession();
     m_source = m_connection->GetDataSource();
+    m_timedOut = false;
+    m_deadline = std::chrono::steady_clock::now() + GetTimeLimit();
     sqlite3* db = m_session.get();
 
     const QByteArray sql = m_text.toUtf8();
@@ -87,13 +136,13 @@ int ZelOleDbCommand::Execute() {
         return ExecuteNoRowset;
     }
     // The first row is fetched here, so that an error of the run shows in Execute's status.
-    rc = sqlite3_step(m_stmt);
+    rc = step();
     if (rc == SQLITE_ROW)
         m_firstRowPending = true;
     else if (rc == SQLITE_DONE)
         m_done = true;
     else
-        return fail(rc, QString::fromUtf8(sqlite3_errmsg(db)));
+        return fail(rc, stepError(rc));
     return sqlite3_column_count(m_stmt) > 0 ? ExecuteRowset : ExecuteNoRowset;
 }
 
@@ -108,7 +157,7 @@ int ZelOleDbCommand::FetchNext() {
     }
     if (m_done)
         return FetchEnd;
-    const int rc = sqlite3_step(m_stmt);
+    const int rc = step();
     if (rc == SQLITE_ROW) {
         m_onRow = true;
         return FetchRow;
@@ -117,8 +166,7 @@ int ZelOleDbCommand::FetchNext() {
     if (rc == SQLITE_DONE)
         return FetchEnd;
     // The connection may be gone by now; the error stays with the command.
-    m_error =
-        ZelOleDbErrorInfo(rc, QString::fromUtf8(sqlite3_errmsg(m_session.get())), m_source, m_text);
+    m_error = ZelOleDbErrorInfo(rc, stepError(rc), m_source, m_text);
     return FetchFailed;
 }
 

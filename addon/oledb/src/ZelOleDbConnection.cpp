@@ -73,6 +73,10 @@ int ZelOleDbConnection::OpenFromInitializationString(const QString& connect, boo
     if (QFileInfo(m_dataSource).isDir())
         return fail(SQLITE_CANTOPEN,
                     QStringLiteral("unable to open database file: it is a folder"));
+    // Opening a pipe waits for a writer that may never come.
+    if (!QFileInfo(m_dataSource).isFile())
+        return fail(SQLITE_CANTOPEN,
+                    QStringLiteral("unable to open database file: it is not a regular file"));
 
     sqlite3* raw = nullptr;
     const QByteArray file = QFile::encodeName(m_dataSource);

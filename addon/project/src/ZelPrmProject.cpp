@@ -58,12 +58,18 @@ std::unique_ptr<ZelPrmProject> ZelPrmProject::fromFile(const QString& path, ZelP
         return failWith(QStringLiteral("the file does not exist"));
     if (info.isDir())
         return failWith(QStringLiteral("it is a folder, not a project file"));
+    // A pipe or a device would be read until a writer comes or memory runs out.
+    if (!info.isFile())
+        return failWith(QStringLiteral("it is not a regular file"));
     if (info.size() > kMaxFileSize)
         return failWith(QStringLiteral("the file is too large to be a project file"));
     QFile input(file);
     if (!input.open(QIODevice::ReadOnly))
         return failWith(QStringLiteral("the file cannot be read (%1)").arg(input.errorString()));
-    const QByteArray data = input.readAll();
+    // The file may have grown since it was looked at; no more than the bound is read.
+    const QByteArray data = input.read(kMaxFileSize + 1);
+    if (data.size() > kMaxFileSize)
+        return failWith(QStringLiteral("the file is too large to be a project file"));
 
     QJsonParseError parseError;
     const QJsonDocument document = QJsonDocument::fromJson(data, &parseError);

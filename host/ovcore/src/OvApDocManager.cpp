@@ -75,8 +75,7 @@ OvApDocManager::~OvApDocManager() {
         switchContext(nullptr);
     for (const auto& doc : m_documents) {
         ovcore::lisp::forgetDocument(doc.get());
-        if (doc->m_ownsDrawingLock)
-            ovRemoveDrawingLock(doc->fileName());
+        doc->m_drawingLock.release();
     }
 }
 
@@ -239,19 +238,25 @@ Orvex::ErrorStatus OvApDocManager::openDocument(const QString& path, OvApDocumen
         return fail(Orvex::eInvalidInput, QStringLiteral("cannot open a drawing: no file named"));
     const QString file = normalPath(path);
 
-    std::optional<OvDrawingLockInfo> lock = ovReadDrawingLock(file);
-    const bool staleLock = lock && ovIsDrawingLockStale(*lock);
-    if (!readOnly && lock && !staleLock) {
+    // The lock is taken before the drawing is read, in one step that only one process
+    // can win: whoever reads the drawing for editing is the only one who may save it.
+    OvDrawingLock lock;
+    std::optional<OvDrawingLockInfo> holder;
+    const OvDrawingLock::Outcome outcome =
+        readOnly ? OvDrawingLock::Outcome::NoLockFile : lock.acquire(file, &holder);
+    const QString name = QFileInfo(file).fileName();
+    if (outcome == OvDrawingLock::Outcome::Held) {
         readOnly = true;
-        const QString name = QFileInfo(file).fileName();
-        say(ovIsOwnDrawingLock(*lock)
+        say(!holder
+                ? QStringLiteral("\"%1\" is in use by another process: opened read-only").arg(name)
+            : ovIsOwnDrawingLock(*holder)
                 ? QStringLiteral("\"%1\" is open in another document: opened read-only").arg(name)
                 : QStringLiteral("\"%1\" is in use by %2: opened read-only")
-                      .arg(name, describeLock(*lock)));
+                      .arg(name, describeLock(*holder)));
     }
 
     std::unique_ptr<OvApDocument> owned(
-        new OvApDocument(std::make_unique<OvDbDatabase>(false, false), QFileInfo(file).fileName()));
+        new OvApDocument(std::make_unique<OvDbDatabase>(false, false), name));
     OvApDocument* doc = owned.get();
     doc->m_fileName = file;
     doc->m_readOnly = readOnly;
@@ -259,17 +264,16 @@ Orvex::ErrorStatus OvApDocManager::openDocument(const QString& path, OvApDocumen
     const std::wstring widePath = file.toStdWString();
     const Orvex::ErrorStatus es = doc->database()->readDwgFile(widePath.c_str());
     if (es != Orvex::eOk) {
+        // `lock` goes with this scope: a drawing that cannot be read leaves no lock.
         notify([doc](OvApDocManagerReactor* r) { r->documentCreateCanceled(doc); });
         return fail(es, QStringLiteral("cannot open \"%1\": %2")
                             .arg(path, doc->database()->lastErrorMessage()));
     }
-    if (!readOnly) {
-        if (staleLock)
-            say(QStringLiteral("\"%1\" was left locked by %2, which has ended: lock removed")
-                    .arg(QFileInfo(file).fileName(), describeLock(*lock)));
-        // A folder that allows no lock file is edited without one.
-        doc->m_ownsDrawingLock = ovWriteDrawingLock(file);
-    }
+    if (outcome == OvDrawingLock::Outcome::TakenStale && holder)
+        say(QStringLiteral("\"%1\" was left locked by %2, which has ended: lock removed")
+                .arg(name, describeLock(*holder)));
+    // A folder that allows no lock file is edited without one.
+    doc->m_drawingLock = std::move(lock);
     const Orvex::ErrorStatus added = addDocument(std::move(owned));
     if (opened && owns(doc))
         *opened = doc;
@@ -297,8 +301,7 @@ Orvex::ErrorStatus OvApDocManager::closeDocument(OvApDocument* doc) {
         switchContext(nullptr);
     const std::wstring fileName = doc->fileName().toStdWString();
     ovcore::lisp::forgetDocument(doc);
-    if (doc->m_ownsDrawingLock)
-        ovRemoveDrawingLock(doc->fileName());
+    doc->m_drawingLock.release();
     owned.reset();
     notify([&fileName](OvApDocManagerReactor* r) { r->documentDestroyed(fileName.c_str()); });
 
@@ -372,14 +375,18 @@ Orvex::ErrorStatus OvApDocManager::saveDocumentAs(OvApDocument* doc, const QStri
     if (!doc->fileName().isEmpty() && target == normalPath(doc->fileName()))
         return saveDocument(doc);
 
-    if (std::optional<OvDrawingLockInfo> lock = ovReadDrawingLock(target);
-        lock && !ovIsDrawingLockStale(*lock)) {
+    // The target's lock first, so that nobody opens it for editing while we write it.
+    OvDrawingLock lock;
+    std::optional<OvDrawingLockInfo> holder;
+    if (lock.acquire(target, &holder) == OvDrawingLock::Outcome::Held) {
         return fail(
             Orvex::eFileAccessErr,
-            ovIsOwnDrawingLock(*lock)
+            !holder
+                ? QStringLiteral("cannot save as \"%1\": it is in use by another process").arg(path)
+            : ovIsOwnDrawingLock(*holder)
                 ? QStringLiteral("cannot save as \"%1\": it is open in another document").arg(path)
                 : QStringLiteral("cannot save as \"%1\": it is in use by %2")
-                      .arg(path, describeLock(*lock)));
+                      .arg(path, describeLock(*holder)));
     }
     const std::wstring widePath = target.toStdWString();
     const Orvex::ErrorStatus es = doc->database()->saveAs(widePath.c_str());
@@ -387,12 +394,10 @@ Orvex::ErrorStatus OvApDocManager::saveDocumentAs(OvApDocument* doc, const QStri
         return fail(es, QStringLiteral("cannot save as \"%1\": %2")
                             .arg(path, doc->database()->lastErrorMessage()));
 
-    if (doc->m_ownsDrawingLock)
-        ovRemoveDrawingLock(doc->fileName());
     doc->m_fileName = normalPath(target);
     doc->m_title = QFileInfo(target).fileName();
     doc->m_readOnly = false;
-    doc->m_ownsDrawingLock = ovWriteDrawingLock(doc->m_fileName);
+    doc->m_drawingLock = std::move(lock);
     return Orvex::eOk;
 }
 

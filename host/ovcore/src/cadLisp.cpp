@@ -72,6 +72,12 @@ bool textArg(const char* who, SCM value, QString& text) {
     if (!scm_is_string(value))
         return badArgument(who, value);
     text = fromScheme(value);
+    // What follows a NUL would be lost on the way into the drawing.
+    if (text.contains(QChar(0))) {
+        report(who, QStringLiteral("bad argument: a text holding a NUL character: %1")
+                        .arg(notation(value, true).left(80)));
+        return false;
+    }
     return true;
 }
 
@@ -123,10 +129,15 @@ bool dataArg(const char* who, SCM list, Chain& data) {
     }
     resbuf* tail = nullptr;
     for (SCM rest = list; scm_is_pair(rest); rest = scm_cdr(rest)) {
-        resbuf* link = groupLink(scm_car(rest));
+        const SCM item = scm_car(rest);
+        resbuf* link = groupLink(item);
         if (!link) {
-            report(who, QStringLiteral("%1 is not a group of drawing data")
-                            .arg(notation(scm_car(rest), true)));
+            const bool nul = scm_is_pair(item) && scm_is_string(scm_cdr(item)) &&
+                             fromScheme(scm_cdr(item)).contains(QChar(0));
+            report(who, nul ? QStringLiteral("bad argument: a text holding a NUL character: %1")
+                                  .arg(notation(item, true).left(80))
+                            : QStringLiteral("%1 is not a group of drawing data")
+                                  .arg(notation(item, true)));
             return false;
         }
         if (tail)

@@ -364,13 +364,13 @@ bool addUnowned(OvDbDatabase* db, OvDbObject* object, OvDbObjectId& id, QString*
 }
 
 bool makeXrecord(OvDbDatabase* db, const resbuf* data, OvDbObjectId& id, QString* error) {
-    // The data: what follows (0 . "XRECORD"), or the AcDbXrecord marker that entget writes.
+    // The data: what follows (0 . "XRECORD"), or the OvDbXrecord marker that entget writes.
     const resbuf* start = nullptr;
     for (const resbuf* link = data; link; link = link->rbnext) {
         if (!start && (link->restype == 0 || link->restype == RTDXF0))
             start = link->rbnext;
         else if (start && link->restype == 100 && link->resval.rstring &&
-                 QString::fromWCharArray(link->resval.rstring) == u"AcDbXrecord") {
+                 QString::fromWCharArray(link->resval.rstring) == u"OvDbXrecord") {
             start = link->rbnext;
             break;
         }

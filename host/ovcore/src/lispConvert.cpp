@@ -384,11 +384,33 @@ bool writeList(SCM list, ChainBuilder& out, QString* error, int depth) {
     return out.appendCode(RTLE);
 }
 
+// C++ takes a text up to its first NUL character: a text holding one would be acted on
+// cut short, so it is refused before it crosses.
+bool holdsNul(SCM text) {
+    return scm_is_string(text) &&
+           scm_is_true(scm_string_index(text, SCM_MAKE_CHAR(0), SCM_UNDEFINED, SCM_UNDEFINED));
+}
+
+bool refuseNul(SCM text, QString* error) {
+    if (!holdsNul(text))
+        return false;
+    // A long text is shown by its start: that is where one finds it again.
+    QString shown = notation(text, true);
+    if (shown.size() > 80)
+        shown = shown.left(76) + QStringLiteral("...\"");
+    *error = QStringLiteral("a text holding a NUL character cannot be passed: %1").arg(shown);
+    return true;
+}
+
 bool writeValue(SCM value, ChainBuilder& out, QString* error, int depth) {
     if (depth > kMaxDepth) {
         *error = QStringLiteral("lists are nested too deeply");
         return false;
     }
+    if (refuseNul(value, error) ||
+        (scm_is_symbol(value) && refuseNul(scm_symbol_to_string(value), error)) ||
+        (scm_is_pair(value) && refuseNul(scm_cdr(value), error)))
+        return false;
     bool made = true;
     if (scm_is_null(value) || scm_is_false(value)) {
         made = out.appendCode(RTNIL);
@@ -483,6 +505,9 @@ QString quoted(const QString& text) {
             break;
         case 0x1b:
             out += QStringLiteral("\\e");
+            break;
+        case 0:
+            out += QStringLiteral("\\000");
             break;
         default:
             out += c;
@@ -592,9 +617,12 @@ bool schemeItemsToChain(SCM items, resbuf** chain, QString* error) {
         return false;
     }
     ChainBuilder out;
-    for (SCM rest = items; scm_is_pair(rest); rest = scm_cdr(rest)) {
-        if (!writeValue(scm_car(rest), out, error, 0))
+    int position = 1;
+    for (SCM rest = items; scm_is_pair(rest); rest = scm_cdr(rest), ++position) {
+        if (!writeValue(scm_car(rest), out, error, 0)) {
+            *error = QStringLiteral("argument %1: %2").arg(position).arg(*error);
             return false;
+        }
     }
     *chain = out.take();
     return true;

@@ -57,14 +57,15 @@ TEST_F(OrvexFiles, SavesThatFailGiveExit1WithAMessage) {
     EXPECT_TRUE(r.out.contains(QLatin1String("out.dwg"))) << r.out.toStdString();
 
     // Held by another live process (this test): opened read-only, not saved back.
-    ASSERT_TRUE(ovWriteDrawingLock(source));
+    OvDrawingLock held;
+    ASSERT_EQ(held.acquire(source), OvDrawingLock::Outcome::Taken);
     const QByteArray before = OrvexProcess::readFile(source);
     r = OrvexProcess::batch({source, "--save"});
     EXPECT_EQ(r.exitCode, 1);
     EXPECT_TRUE(r.out.contains(QLatin1String("; error: "))) << r.out.toStdString();
     EXPECT_EQ(OrvexProcess::readFile(source), before);
     EXPECT_TRUE(ovReadDrawingLock(source).has_value()) << "the other process's lock stays";
-    ovRemoveDrawingLock(source);
+    held.release();
 }
 
 TEST_F(OrvexFiles, AProjectThatCannotBeReadIsReportedAndTheRunGoesOn) {

@@ -297,6 +297,25 @@ TEST_F(CadDrawing, BadDataIsRefusedAndChangesNothing) {
     EXPECT_EQ(eval("(tblsearch \"BLOCK\" \"WD_M\")"), "nil");
 }
 
+TEST_F(CadDrawing, ATextHoldingANulIsRefusedNotCutShort) {
+    eval("(setq nul (string (integer->char 0)))");
+    eval("(entmake '((0 . \"LAYER\") (2 . \"BU\")))");
+    const Snapshot before = snapshot();
+    const QString nulText = "a text holding a NUL character";
+    expectRefused("(entmake (list '(0 . \"LAYER\") (cons 2 (string-append \"BU\" nul \"x\"))))",
+                  nulText);
+    expectRefused("(entmake (list '(0 . \"LINE\") (cons 8 (string-append \"BU\" nul)) "
+                  "'(10 0 0 0) '(11 1 1 1)))",
+                  nulText);
+    expectRefused("(setvar (string-append \"CLAYER\" nul \"junk\") \"BU\")",
+                  "setvar: bad argument");
+    expectRefused("(setvar \"CLAYER\" (string-append \"BU\" nul))", nulText);
+    expectRefused("(tblsearch \"LAYER\" (string-append \"BU\" nul \"junk\"))", nulText);
+    expectRefused("(dictremove (namedobjdict) (string-append \"ZEL\" nul))", nulText);
+    expectUnchanged(before);
+    EXPECT_EQ(eval("(getvar \"CLAYER\")"), "\"0\"");
+}
+
 TEST_F(CadDrawing, BadNamesAndArgumentsAnswerNil) {
     eval("(entmake '((0 . \"LINE\") (10 0.0 0.0 0.0) (11 1.0 0.0 0.0)))");
     eval("(setq ln (entlast))");

@@ -334,4 +334,35 @@ TEST_F(HostDrawingLock, StalenessIsJudgedOnlyOnThisMachineAndABadLockFileIsNone)
     EXPECT_FALSE(bad.exists());
 }
 
+TEST_F(HostDrawingLock, OneTakerAtATimeAndTheRecordTellsTheHolderApart) {
+    const QString file = makeDrawing(QStringLiteral("one.dwg"));
+    OvDrawingLock first;
+    OvDrawingLock second;
+    std::optional<OvDrawingLockInfo> holder;
+    ASSERT_EQ(first.acquire(file), OvDrawingLock::Outcome::Taken);
+    EXPECT_EQ(second.acquire(file, &holder), OvDrawingLock::Outcome::Held);
+    ASSERT_TRUE(holder.has_value());
+    EXPECT_TRUE(ovIsOwnDrawingLock(*holder));
+    EXPECT_GT(holder->start, 0);
+    EXPECT_FALSE(holder->boot.isEmpty());
+    EXPECT_TRUE(ovIsDrawingLockLive(file, *holder));
+
+    // Our number with another start time is a process that was here before us.
+    OvDrawingLockInfo earlier = *holder;
+    earlier.start -= 1;
+    EXPECT_FALSE(ovIsOwnDrawingLock(earlier));
+    EXPECT_TRUE(ovIsDrawingLockStale(earlier));
+    earlier.start = holder->start;
+    earlier.boot = QStringLiteral("another-boot");
+    EXPECT_TRUE(ovIsDrawingLockStale(earlier));
+
+    first.release();
+    EXPECT_FALSE(QFile::exists(ovDrawingLockPath(file)));
+    EXPECT_EQ(second.acquire(file), OvDrawingLock::Outcome::Taken);
+    // The lock moves with its document, and only one of the two holds it.
+    OvDrawingLock moved(std::move(second));
+    EXPECT_TRUE(moved.isHeld());
+    EXPECT_FALSE(second.isHeld());
+}
+
 } // namespace

@@ -118,6 +118,36 @@ TEST_F(LispBridge, StatusOfAHandler) {
                                    "zel_fails"}));
 }
 
+TEST_F(LispBridge, ATextHoldingANulNeverReachesAHandler) {
+    static int s_calls = 0;
+    s_calls = 0;
+    define(L"zel_take", 1, [] {
+        ++s_calls;
+        return ovedRetT() == RTNORM ? RTNORM : 3;
+    });
+    eval("(setq nul (string (integer->char 0)))");
+    // Anywhere in the arguments: a text, a symbol, a group of drawing data in a list.
+    const struct {
+        const char* call;
+        const char* argument;
+    } cases[] = {
+        {"(zel_take (string-append \"BU_0.75\" nul \"junk\"))", "argument 1"},
+        {"(zel_take \"A\" (string->symbol (string-append \"B\" nul)))", "argument 2"},
+        {"(zel_take 1 2 (list (cons 1 (string-append nul \"x\"))))", "argument 3"},
+        {"(zel_take (list \"a\" (list (string-append \"b\" nul))))", "argument 1"},
+    };
+    for (const auto& c : cases) {
+        const lisp::EvalResult failed = evalFailing(c.call);
+        EXPECT_TRUE(failed.error.startsWith("zel_take: bad argument: "))
+            << failed.error.toStdString();
+        EXPECT_TRUE(failed.error.contains(c.argument)) << failed.error.toStdString();
+        EXPECT_TRUE(failed.error.contains("NUL")) << failed.error.toStdString();
+    }
+    EXPECT_EQ(s_calls, 0);
+    EXPECT_EQ(eval("(zel_take \"BU_0.75\")"), "T");
+    EXPECT_EQ(s_calls, 1);
+}
+
 TEST_F(LispBridge, AnExceptionInAHandlerIsReportedOnceAndTheSessionGoesOn) {
     int calls = 0;
     define(L"zel_throws", 1, [&calls]() -> int {

@@ -7,6 +7,7 @@
 #include "support/ZelTestDrawing.h"
 #include "support/ZelTestHost.h"
 #include "support/ZelTestProject.h"
+#include "zeloledb/ZelOleDbCommand.h"
 
 #include "ovcore/OvApDocManager.h"
 #include "ovdb/ovdb.h"
@@ -268,10 +269,14 @@ TEST_F(StoreTest, AProjectWireTypeReadsAsTwentyThreeValues) {
     expected[20] = "nineteen";
     expected[22] = "0";
     EXPECT_EQ(values, expected);
-    // USER 0 lands on the wire size.
+    EXPECT_FALSE(output().contains("user property number")) << output().toStdString();
+    // USER 0 lands on the wire size, and the command line says which row did it.
     values.clear();
     ASSERT_TRUE(store.QueryWireType("1", "ZERO", values, 1));
     EXPECT_EQ(values[1], "over the size");
+    EXPECT_TRUE(output().contains("wire type \"ZERO\" of drawing 1 has user property number 0 "
+                                  "in WIRETYPE_USR, which is not one from 1 to 20"))
+        << output().toStdString();
     values.clear();
     ASSERT_TRUE(store.QueryWireType("9", "UNKNOWN", values, 1));
     EXPECT_EQ(values, std::vector<QString>(23));
@@ -280,6 +285,8 @@ TEST_F(StoreTest, AProjectWireTypeReadsAsTwentyThreeValues) {
     values.clear();
     EXPECT_THROW(store.QueryWireType("2", "BAD", values, 1), std::out_of_range);
     EXPECT_EQ(values.at(0), "GRN");
+    EXPECT_TRUE(output().contains("\"BAD\" of drawing 2 has user property number 22"))
+        << output().toStdString();
 
     // The texts go into the statement as they are; the failed statement is printed.
     values.clear();
@@ -288,6 +295,30 @@ TEST_F(StoreTest, AProjectWireTypeReadsAsTwentyThreeValues) {
     EXPECT_TRUE(output().contains("O'BRIEN")) << output().toStdString();
     GetProjectManager()->closeProject();
     EXPECT_FALSE(store.QueryWireType("1", "RED_15", values, 1));
+}
+
+TEST_F(StoreTest, ARecursiveQueryThroughALayerNameIsStoppedAndSaid) {
+    const QString database = ZelTestProject::writeDatabase(
+        tempPath("project.db"),
+        "CREATE TABLE WIRETYPE (DWGIX TEXT, LAYNAME TEXT, WIRECOLOR TEXT, WIRESIZE TEXT,"
+        " FLAG INTEGER, USERCOUNT INTEGER);"
+        "CREATE TABLE WIRETYPE_USR (DWGIX TEXT, LAYNAME TEXT, USER INTEGER, VALUE TEXT);"
+        "INSERT INTO WIRETYPE VALUES ('1', 'RED_15', 'RED', '1.5', 0, 2);");
+    makeDrawing({});
+    openProject(ZelTestProject::write(tempPath("p"), "p", {}, database));
+    const auto before = ZelOleDbCommand::GetTimeLimit();
+    ZelOleDbCommand::SetTimeLimit(std::chrono::milliseconds(200));
+    // The layer name goes into the statements as it is; this one makes the user values
+    // endless (user property 1, over and over).
+    const QString layer = "RED_15' UNION ALL SELECT 1, x FROM (WITH RECURSIVE c(x) AS "
+                          "(SELECT 1 UNION ALL SELECT x + 1 FROM c) SELECT x FROM c) --";
+    ZelWireTypeRec store;
+    std::vector<QString> values;
+    // The flag's statement has one column, which the union does not: it fails on its own.
+    EXPECT_FALSE(store.QueryWireType("1", layer, values, 1));
+    EXPECT_EQ(values.at(0), "RED");
+    EXPECT_TRUE(output().contains("ran longer than 200 ms")) << output().toStdString();
+    ZelOleDbCommand::SetTimeLimit(before);
 }
 
 } // namespace

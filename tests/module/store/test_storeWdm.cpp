@@ -41,6 +41,48 @@ TEST_F(StoreTest, APatternCatchesTheNewLayerAndNoOther) {
     }
 }
 
+TEST_F(StoreTest, APatternOfANameWithMatcherCharactersMatchesThatLayerOnly) {
+    const PatternCase cases[] = {
+        // A leading tilde would negate the whole list; later ones stand for themselves.
+        {"", "", "~ABC", "`~AB*"},
+        {"", "", "AB~C", "AB~*"},
+        // '#' wants a digit, '@' a letter, '[' opens a set: each is escaped.
+        {"", "", "#@.[~", "`#`@.*"},
+        {"", "", "A[1]", "A`[1*"},
+        {"~ABD", "", "~ABC", "`~ABC*"},
+        {"#1", "", "#1", "`#1*"},
+        // The grown pattern is escaped as well.
+        {"", "#ABX", "#ABC", "#ABX,`#ABC*"},
+        // A name without them keeps today's pattern, a '.' included.
+        {"", "", "A.B_1", "A.B*"},
+    };
+    for (const PatternCase& c : cases) {
+        SCOPED_TRACE(c.name);
+        makeDrawing({"1A-X", "XYZ"}, QString::fromLatin1(c.before));
+        ZelWireTypeRec store;
+        for (const QString& other : QString::fromLatin1(c.nonWire).split(u',', Qt::SkipEmptyParts))
+            store.AddToNonWireLayers(other);
+        EXPECT_TRUE(store.AddtoWd_m(QString::fromLatin1(c.name), false));
+        EXPECT_EQ(wireLays(), c.after);
+        EXPECT_TRUE(store.IsInWd_m(QString::fromLatin1(c.name)));
+        for (const char* other : {"1A-X", "XYZ", "ZZZ"})
+            EXPECT_FALSE(store.IsInWd_m(QString::fromLatin1(other))) << other;
+        closeAllDocuments();
+    }
+}
+
+TEST_F(StoreTest, APatternNeverEndsInHalfACharacter) {
+    // Beyond the 16-bit range a character takes two code units; the third one of "AB😀C"
+    // is the first half of the face.
+    const QString name = QStringLiteral("AB\U0001F600C");
+    makeDrawing({"ABC"}, QString());
+    ZelWireTypeRec store;
+    EXPECT_TRUE(store.AddtoWd_m(name, false));
+    EXPECT_EQ(wireLays(), QStringLiteral("AB\U0001F600*"));
+    EXPECT_TRUE(store.IsInWd_m(name));
+    EXPECT_FALSE(store.IsInWd_m("ABC"));
+}
+
 TEST_F(StoreTest, TheListStopsGrowingAt256Characters) {
     for (const int length : {255, 256}) {
         const QString full = QString(length - 2, u'X') + QStringLiteral("*Z");

@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <chrono>
 #include <memory>
 
 struct sqlite3;
@@ -56,9 +57,19 @@ public:
     // Drops the rows; the statement text and the connection stay.
     void Close();
 
+    // How long one statement may run, from Execute to its last row, before it is stopped
+    // with an error: a query built from a script's text (a recursive one, say) must not
+    // hold the host for ever. For every command of the process.
+    static void SetTimeLimit(std::chrono::milliseconds limit);
+    static std::chrono::milliseconds GetTimeLimit();
+
 private:
     int fail(int code, const QString& description);
     bool hasField(int column) const;
+    // sqlite3_step under the time limit of this command's run.
+    int step();
+    QString stepError(int rc) const;
+    static int onProgress(void* command);
 
     QString m_text;
     ZelOleDbConnection* m_connection = nullptr;
@@ -68,5 +79,7 @@ private:
     bool m_firstRowPending = false;
     bool m_onRow = false;
     bool m_done = false;
+    bool m_timedOut = false;
+    std::chrono::steady_clock::time_point m_deadline;
     ZelOleDbErrorInfo m_error;
 };

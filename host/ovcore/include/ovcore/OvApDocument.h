@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ovcore/OvDrawingLock.h"
+
 #include <QString>
 
 #include <memory>
@@ -48,7 +50,7 @@ private:
     QString m_fileName;
     QString m_title;
     bool m_readOnly = false;
-    bool m_ownsDrawingLock = false; // we wrote the lock file beside m_fileName
+    OvDrawingLock m_drawingLock; // held while we may write m_fileName
     bool m_closing = false;
     OvAp::DocLockMode m_lockMode = OvAp::kNotLocked;
 };
