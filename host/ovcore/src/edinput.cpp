@@ -20,6 +20,10 @@ QString textOf(const wchar_t* text) {
 
 OvEdInputProvider::~OvEdInputProvider() = default;
 
+int OvEdInputProvider::getString(const QString&, QString&) {
+    return RTCAN;
+}
+
 OvEdInputProvider* ovedSetInputProvider(OvEdInputProvider* provider) {
     OvEdInputProvider* previous = ovedInputProvider();
     s_provider = provider;
@@ -65,4 +69,8 @@ int ovedGetFileD(const wchar_t* title, const wchar_t* defaultPath, const wchar_t
 
 int ovedHelp(const wchar_t* file, const wchar_t* topic, int command) {
     return ovedInputProvider()->help(textOf(file), textOf(topic), command);
+}
+
+int ovedGetString(const wchar_t* prompt, QString& text) {
+    return ovedInputProvider()->getString(textOf(prompt), text);
 }

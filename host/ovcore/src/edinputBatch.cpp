@@ -53,9 +53,41 @@ void OvEdBatchInput::queueFileCancel() {
     m_files.emplace_back(std::nullopt);
 }
 
+void OvEdBatchInput::queueInput(const QString& text) {
+    m_inputs.emplace_back(text);
+}
+
+void OvEdBatchInput::queueInputCancel() {
+    m_inputs.emplace_back(std::nullopt);
+}
+
+void OvEdBatchInput::pushFrontInputs(const std::deque<std::optional<QString>>& lines) {
+    m_inputs.insert(m_inputs.begin(), lines.begin(), lines.end());
+}
+
+void OvEdBatchInput::pushFrontPicks(const std::deque<std::array<std::int64_t, 2>>& names) {
+    for (auto it = names.rbegin(); it != names.rend(); ++it) {
+        Pick pick;
+        pick.name[0] = (*it)[0];
+        pick.name[1] = (*it)[1];
+        m_picks.push_front(pick);
+    }
+}
+
+void OvEdBatchInput::dropFrontInputs(int count) {
+    for (; count > 0 && !m_inputs.empty(); --count)
+        m_inputs.pop_front();
+}
+
+void OvEdBatchInput::dropFrontPicks(int count) {
+    for (; count > 0 && !m_picks.empty(); --count)
+        m_picks.pop_front();
+}
+
 void OvEdBatchInput::clear() {
     m_picks.clear();
     m_files.clear();
+    m_inputs.clear();
 }
 
 int OvEdBatchInput::entSel(const QString& prompt, ov_name name, double point[3]) {
@@ -128,5 +160,24 @@ int OvEdBatchInput::help(const QString& file, const QString& topic, int) {
     if (!topic.isEmpty())
         line += QLatin1Char(' ') + topic;
     print(QStringLiteral("\n") + line + QStringLiteral("\n"));
+    return RTNORM;
+}
+
+int OvEdBatchInput::getString(const QString& prompt, QString& text) {
+    print(prompt);
+    if (m_inputs.empty()) {
+        print(QStringLiteral("*Cancel*\n; no input is queued (orvex-queue-input), so the "
+                             "request is cancelled\n"));
+        return RTCAN;
+    }
+    const std::optional<QString> answer = m_inputs.front();
+    m_inputs.pop_front();
+    if (!answer) {
+        print(QStringLiteral("*Cancel*\n"));
+        return RTCAN;
+    }
+    // The answer shows as if typed, so that a batch log reads like a session.
+    print(*answer + QLatin1Char('\n'));
+    text = *answer;
     return RTNORM;
 }

@@ -25,14 +25,28 @@ public:
     void queueFile(const QString& path);
     // The user cancels the file dialog.
     void queueFileCancel();
+    // A line typed at the command line, for the get... functions and command arguments.
+    void queueInput(const QString& text);
+    // The user cancels the request for input.
+    void queueInputCancel();
+    // Answers that go before everything queued so far, in their order: the arguments of a
+    // command. An entity name is a pick, anything else a typed line.
+    void pushFrontInputs(const std::deque<std::optional<QString>>& lines);
+    void pushFrontPicks(const std::deque<std::array<std::int64_t, 2>>& names);
+    // Takes `count` answers off the front of each queue: the arguments of a command that it
+    // did not ask for.
+    void dropFrontInputs(int count);
+    void dropFrontPicks(int count);
     void clear();
     int pendingPicks() const { return static_cast<int>(m_picks.size()); }
     int pendingFiles() const { return static_cast<int>(m_files.size()); }
+    int pendingInputs() const { return static_cast<int>(m_inputs.size()); }
 
     int entSel(const QString& prompt, ov_name name, double point[3]) override;
     int getFileD(const QString& title, const QString& defaultPath, const QString& extension,
                  int flags, QString& path) override;
     int help(const QString& file, const QString& topic, int command) override;
+    int getString(const QString& prompt, QString& text) override;
 
 private:
     struct Pick {
@@ -45,4 +59,5 @@ private:
 
     std::deque<Pick> m_picks;
     std::deque<std::optional<QString>> m_files;
+    std::deque<std::optional<QString>> m_inputs;
 };
