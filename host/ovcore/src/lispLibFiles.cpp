@@ -13,6 +13,7 @@
 
 #include "ovdb/OvDbDatabase.h"
 #include "ovdb/OvDbHostApplicationServices.h"
+#include "ovdb/ovut.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -90,6 +91,37 @@ SCM setcfg(SCM name, SCM value) {
     });
 }
 
+// (vl-directory-files folder [pattern [what]]): the names in a folder that match a wildcard
+// pattern, without regard to case; `what` 1 lists only folders, -1 only files, else both.
+// nil for a folder that is not there.
+SCM directoryFiles(SCM folder, SCM pattern, SCM what) {
+    return run("vl-directory-files", [&]() -> SCM {
+        const QDir dir(scm_is_string(folder) ? fromScheme(folder) : QDir::currentPath());
+        if (!dir.exists())
+            return SCM_EOL;
+        const std::wstring wanted =
+            (scm_is_string(pattern) ? fromScheme(pattern) : QStringLiteral("*"))
+                .toUpper()
+                .toStdWString();
+        const int kind = scm_is_integer(what) ? scm_to_int(what) : 0;
+        QDir::Filters filters = QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
+        if (kind == 1)
+            filters |= QDir::Dirs;
+        else if (kind == -1)
+            filters |= QDir::Files;
+        else
+            filters |= QDir::Dirs | QDir::Files;
+        SCM names = SCM_EOL;
+        const QStringList entries = dir.entryList(filters, QDir::Name);
+        for (auto it = entries.rbegin(); it != entries.rend(); ++it) {
+            const std::wstring name = it->toUpper().toStdWString();
+            if (ovutWcMatch(name.c_str(), wanted.c_str()) == RTNORM)
+                names = scm_cons(toScheme(*it), names);
+        }
+        return names;
+    });
+}
+
 SCM ver() {
     QString version = QCoreApplication::applicationVersion();
     if (version.isEmpty())
@@ -104,6 +136,7 @@ void defineLibraryFilePrimitives() {
     scm_c_define_gsubr("%getcfg", 1, 0, 0, reinterpret_cast<scm_t_subr>(getcfg));
     scm_c_define_gsubr("%setcfg", 2, 0, 0, reinterpret_cast<scm_t_subr>(setcfg));
     scm_c_define_gsubr("ver", 0, 0, 0, reinterpret_cast<scm_t_subr>(ver));
+    scm_c_define_gsubr("%directory-files", 3, 0, 0, reinterpret_cast<scm_t_subr>(directoryFiles));
 }
 
 const char* libraryFilesSource() {
@@ -111,6 +144,13 @@ const char* libraryFilesSource() {
 (use-modules (ice-9 rdelim))
 
 (define (findfile name) (%findfile (check-string 'findfile name)))
+
+(define* (vl-directory-files #:optional (folder '()) (pattern '()) (what '()))
+  (unless (or (lisp-nil? folder) (string? folder)) (bad-argument 'vl-directory-files folder))
+  (unless (or (lisp-nil? pattern) (string? pattern)) (bad-argument 'vl-directory-files pattern))
+  (unless (or (lisp-nil? what) (memv what '(-1 0 1))) (bad-argument 'vl-directory-files what))
+  (%directory-files (if (string? folder) folder #f) (if (string? pattern) pattern #f)
+                    (if (exact-integer? what) what 0)))
 
 (define (check-cfg-name who name)
   (check-string who name)
@@ -224,7 +264,7 @@ const char* libraryFilesSource() {
   (set! type (lambda (x) (if (lisp-file? x) 'FILE (base-type x)))))
 
 (module-replace! (current-module)
-  '(findfile getcfg setcfg ver (lisp-open . open) (lisp-close . close)
+  '(findfile vl-directory-files getcfg setcfg ver (lisp-open . open) (lisp-close . close)
     (lisp-read-line . read-line) (lisp-read-char . read-char) write-line
     (lisp-write-char . write-char)))
 )scheme";

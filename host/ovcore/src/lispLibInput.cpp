@@ -200,6 +200,7 @@ const char* libraryInputSource() {
 ;; any text as it is. Keywords are separated by blanks; the capitals of each are its
 ;; shortest form ("LType": LT). Global names may follow an underscore: "Yes No _Y N".
 (define* (initget #:optional (bits '()) (keywords '()))
+  (when (and (string? bits) (lisp-true? keywords)) (bad-argument 'initget keywords))
   (let* ((keywords (if (string? bits) bits keywords))
          (bits (if (string? bits) 0 (if (lisp-nil? bits) 0 (integer-arg 'initget bits)))))
     (unless (or (lisp-nil? keywords) (string? keywords)) (bad-argument 'initget keywords))

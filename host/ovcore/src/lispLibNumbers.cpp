@@ -98,8 +98,8 @@ const char* libraryNumbersSource() {
 (define (lisp-logior . args)
   (if (null? args) 0 (int32 (apply logior (map (lambda (x) (integer-arg 'logior x)) args)))))
 
-;; (boole op a b ...): bit 8 of op keeps the bits set in both, 4 those only in a, 2 those
-;; only in b, 1 those in neither; 1 is AND, 6 XOR, 7 OR, 8 NOR.
+;; (boole op a b ...): bit 1 of op keeps the bits set in both, 2 those only in a, 4 those
+;; only in b, 8 those in neither; 1 is AND, 6 XOR, 7 OR, 8 NOR.
 (define (boole op first . more)
   (let ((f (integer-arg 'boole op)))
     (unless (<= 0 f 15) (bad-argument 'boole op))
@@ -110,10 +110,10 @@ const char* libraryNumbersSource() {
           (let* ((b (logand (integer-arg 'boole (car rest)) #xFFFFFFFF))
                  (na (logand (lognot a) #xFFFFFFFF))
                  (nb (logand (lognot b) #xFFFFFFFF)))
-            (loop (logior (if (logtest f 8) (logand a b) 0)
-                          (if (logtest f 4) (logand a nb) 0)
-                          (if (logtest f 2) (logand na b) 0)
-                          (if (logtest f 1) (logand na nb) 0))
+            (loop (logior (if (logtest f 1) (logand a b) 0)
+                          (if (logtest f 2) (logand a nb) 0)
+                          (if (logtest f 4) (logand na b) 0)
+                          (if (logtest f 8) (logand na nb) 0))
                   (cdr rest)))))))
 
 ;;; Reals
