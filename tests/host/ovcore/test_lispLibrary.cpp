@@ -578,6 +578,11 @@ TEST_F(LispLibrary, FilesSettingsAndVersion) {
         {"(setcfg \"AppData/Zel/Last\" \"\")", "\"\""},
         {"(getcfg \"AppData/Zel/Last\")", "\"\""},
         {"(wcmatch (ver) \"Orvex LISP #*\")", "T"},
+        // The settings store lives in the test folder too.
+        {"(vl-directory-files \"..\" \"*\" 1)", "(\"Orvex\" \"support\" \"work\")"},
+        {"(vl-directory-files \"../support\" \"*.TXT\" -1)", "(\"wires.txt\")"},
+        {"(vl-directory-files \"../support\" \"*.dwg\")", "nil"},
+        {"(vl-directory-files \"/no/such/folder\")", "nil"},
     });
     expectErrors({
         {"(open path \"rw\")", "open"},
