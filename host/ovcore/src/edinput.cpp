@@ -46,7 +46,11 @@ int ovedEntSel(const wchar_t* prompt, ov_name name, double point[3]) {
         return RTERROR;
     double ignored[3] = {0, 0, 0};
     const QString text = prompt ? textOf(prompt) : QStringLiteral("\nSelect object: ");
-    return ovedInputProvider()->entSel(text, name, point ? point : ignored);
+    // A command's arguments answer before the user of any provider.
+    OvEdInputProvider* provider = OvEdBatchInput::instance().hasCommandPick()
+                                      ? &OvEdBatchInput::instance()
+                                      : ovedInputProvider();
+    return provider->entSel(text, name, point ? point : ignored);
 }
 
 int ovedGetFileD(const wchar_t* title, const wchar_t* defaultPath, const wchar_t* extension,
@@ -72,5 +76,8 @@ int ovedHelp(const wchar_t* file, const wchar_t* topic, int command) {
 }
 
 int ovedGetString(const wchar_t* prompt, QString& text) {
-    return ovedInputProvider()->getString(textOf(prompt), text);
+    OvEdInputProvider* provider = OvEdBatchInput::instance().hasCommandInput()
+                                      ? &OvEdBatchInput::instance()
+                                      : ovedInputProvider();
+    return provider->getString(textOf(prompt), text);
 }

@@ -25,29 +25,6 @@ namespace ovcore::lisp::detail {
 
 namespace {
 
-// The queue lengths before each running command's arguments went in.
-struct CommandFrame {
-    int inputsBefore = 0;
-    int picksBefore = 0;
-};
-std::vector<CommandFrame> s_commands;
-
-// Takes back the answers of the innermost command that it has not used.
-void dropUnusedAnswers(const CommandFrame& frame, bool report) {
-    OvEdBatchInput& batch = OvEdBatchInput::instance();
-    const int inputs = batch.pendingInputs() - frame.inputsBefore;
-    const int picks = batch.pendingPicks() - frame.picksBefore;
-    batch.dropFrontInputs(inputs);
-    batch.dropFrontPicks(picks);
-    const int unused = std::max(inputs, 0) + std::max(picks, 0);
-    if (report && unused > 0) {
-        const std::wstring text = QStringLiteral("\n; command: %1 argument(s) were not asked for\n")
-                                      .arg(unused)
-                                      .toStdWString();
-        ovutPrintf(L"%ls", text.c_str());
-    }
-}
-
 SCM readInput(SCM prompt) {
     SCM result = SCM_BOOL_F;
     try {
@@ -76,9 +53,9 @@ SCM runCommand(SCM name, SCM texts, SCM picks) {
             if (!commands->lookupCmd(typed)) {
                 status = 1;
             } else {
-                std::deque<std::optional<QString>> lines;
+                std::deque<QString> lines;
                 for (SCM rest = texts; scm_is_pair(rest); rest = scm_cdr(rest))
-                    lines.emplace_back(fromScheme(scm_car(rest)));
+                    lines.push_back(fromScheme(scm_car(rest)));
                 std::deque<std::array<std::int64_t, 2>> names;
                 for (SCM rest = picks; scm_is_pair(rest); rest = scm_cdr(rest)) {
                     ov_name n;
@@ -86,13 +63,16 @@ SCM runCommand(SCM name, SCM texts, SCM picks) {
                         names.push_back({n[0], n[1]});
                 }
                 OvEdBatchInput& batch = OvEdBatchInput::instance();
-                const CommandFrame frame{batch.pendingInputs(), batch.pendingPicks()};
-                batch.pushFrontInputs(lines);
-                batch.pushFrontPicks(names);
-                s_commands.push_back(frame);
+                batch.beginCommandAnswers(lines, names);
                 const OvEdCommandStack::RunStatus ran = commands->runCommand(typed);
-                s_commands.pop_back();
-                dropUnusedAnswers(frame, ran == OvEdCommandStack::RunStatus::Ran);
+                const int unused = batch.endCommandAnswers();
+                if (ran == OvEdCommandStack::RunStatus::Ran && unused > 0) {
+                    const std::wstring text =
+                        QStringLiteral("\n; command: %1 argument(s) were not asked for\n")
+                            .arg(unused)
+                            .toStdWString();
+                    ovutPrintf(L"%ls", text.c_str());
+                }
                 switch (ran) {
                 case OvEdCommandStack::RunStatus::Ran:
                     status = 0;
@@ -118,8 +98,7 @@ SCM runCommand(SCM name, SCM texts, SCM picks) {
 // (command) while a command runs: its remaining answers go, so its next request is
 // cancelled. Outside a command there is nothing to cancel.
 SCM cancelCommand() {
-    if (!s_commands.empty())
-        dropUnusedAnswers(s_commands.back(), false);
+    OvEdBatchInput::instance().cancelCommandAnswers();
     return SCM_EOL;
 }
 

@@ -3,6 +3,8 @@
 // drawing of a few hundred entities; commands of a module with their arguments answered.
 #include "OvcoreTest.h"
 
+#include "ovcore/OvEdInput.h"
+#include "ovcore/OvEdInputProvider.h"
 #include "ovcore/OvRxDynamicLinker.h"
 #include "ovcore/OvRxSystemRegistry.h"
 #include "platform/MessageBox.h"
@@ -462,7 +464,30 @@ TEST_F(LispLibrary, CommandRunsAModuleCommandWithItsArgumentsAnsweredInOrder) {
     EXPECT_TRUE(output().contains(QLatin1String("1 argument(s) were not asked for")));
     expectValues({{"(getstring)", "\"queued\""}});
 
-    // Too few arguments: the request after them is cancelled, not answered from later input.
+    // Too few arguments: the command asks the user for the rest, here the desktop's command
+    // line, while its arguments still answer first.
+    class CommandLine : public OvEdInputProvider {
+    public:
+        int entSel(const QString&, ov_name, double[3]) override { return RTCAN; }
+        int getFileD(const QString&, const QString&, const QString&, int, QString&) override {
+            return RTCAN;
+        }
+        int help(const QString&, const QString&, int) override { return RTNORM; }
+        int getString(const QString& prompt, QString& text) override {
+            prompts << prompt;
+            text = QStringLiteral("typed");
+            return RTNORM;
+        }
+        QStringList prompts;
+    } commandLine;
+    OvEdInputProvider* batch = ovedSetInputProvider(&commandLine);
+    clearOutput();
+    expectValues({{"(command \"TmAsk\" \"only\")", "nil"}});
+    EXPECT_TRUE(output().contains(QLatin1String("asked: only|typed (answered)")))
+        << output().toStdString();
+    EXPECT_EQ(commandLine.prompts, QStringList{QStringLiteral("\nSecond: ")});
+    ovedSetInputProvider(batch);
+    // In a batch run with nothing queued, the request beyond the arguments is cancelled.
     clearOutput();
     expectValues({{"(command \"TmAsk\" \"only\")", "nil"}});
     EXPECT_TRUE(output().contains(QLatin1String("asked: only| (cancelled)")))

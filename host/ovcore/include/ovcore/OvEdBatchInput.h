@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <deque>
 #include <optional>
+#include <vector>
 
 // The editor's input without a window: picks and file names come from queues that a
 // script or a test fills beforehand, one answer per request, in order. A request that finds
@@ -29,14 +30,19 @@ public:
     void queueInput(const QString& text);
     // The user cancels the request for input.
     void queueInputCancel();
-    // Answers that go before everything queued so far, in their order: the arguments of a
-    // command. An entity name is a pick, anything else a typed line.
-    void pushFrontInputs(const std::deque<std::optional<QString>>& lines);
-    void pushFrontPicks(const std::deque<std::array<std::int64_t, 2>>& names);
-    // Takes `count` answers off the front of each queue: the arguments of a command that it
-    // did not ask for.
-    void dropFrontInputs(int count);
-    void dropFrontPicks(int count);
+    // The arguments of a command that is about to run: they go before everything queued
+    // so far, in their order, and answer the command's requests before any provider's user,
+    // the desktop's too. An entity name is a pick, anything else a typed line.
+    void beginCommandAnswers(const std::deque<QString>& lines,
+                             const std::deque<std::array<std::int64_t, 2>>& names);
+    // When the command has returned: takes back what it did not ask for and returns how many.
+    int endCommandAnswers();
+    // (command) inside a running command: its remaining answers go, so that its next request
+    // is cancelled. Nothing to do outside a command.
+    void cancelCommandAnswers();
+    // Whether the next request of that kind is answered by a command argument.
+    bool hasCommandInput() const;
+    bool hasCommandPick() const;
     void clear();
     int pendingPicks() const { return static_cast<int>(m_picks.size()); }
     int pendingFiles() const { return static_cast<int>(m_files.size()); }
@@ -60,4 +66,13 @@ private:
     std::deque<Pick> m_picks;
     std::deque<std::optional<QString>> m_files;
     std::deque<std::optional<QString>> m_inputs;
+    // Per running command, innermost last: how many of its arguments still wait at the front
+    // of each queue.
+    struct CommandAnswers {
+        int inputs = 0;
+        int picks = 0;
+    };
+    std::vector<CommandAnswers> m_commandAnswers;
+    void tookInput();
+    void tookPick();
 };
