@@ -236,11 +236,20 @@ const char* bootSource() {
       (and (entity-name? a) (entity-name? b) (equal? a b))))
 
 (define* (equal a b #:optional (fuzz 0))
-  (let same ((a a) (b b))
-    (cond ((and (number? a) (number? b)) (<= (abs (- a b)) fuzz))
-          ((and (pair? a) (pair? b)) (and (same (car a) (car b)) (same (cdr a) (cdr b))))
-          ((and (lisp-nil? a) (lisp-nil? b)) #t)
-          (else (equal? a b)))))
+  ;; Circular lists would walk forever: after many pairs every pair of pairs compared is
+  ;; noted, and one met again counts as equal, so that the walk ends.
+  (let ((seen #f) (steps 0))
+    (let same ((a a) (b b))
+      (cond ((and (number? a) (number? b)) (<= (abs (- a b)) fuzz))
+            ((and (pair? a) (pair? b))
+             (set! steps (+ steps 1))
+             (when (and (not seen) (> steps 100000)) (set! seen (make-hash-table)))
+             (or (and seen (memq b (hashq-ref seen a '())) #t)
+                 (begin
+                   (when seen (hashq-set! seen a (cons b (hashq-ref seen a '()))))
+                   (and (same (car a) (car b)) (same (cdr a) (cdr b))))))
+            ((and (lisp-nil? a) (lisp-nil? b)) #t)
+            (else (equal? a b))))))
 
 (define (type x)
   (cond ((lisp-nil? x) '())

@@ -249,8 +249,14 @@ TEST_F(LispLibrary, ListsAndSymbolsAreSafeOnCircularLists) {
         {"(boundp \"car\")", "boundp"},
         {"(caddr \"text\")", "caddr"},
     });
-    // The circular list itself is still there and usable.
-    expectValues({{"(nth 4 ring)", "2"}});
+    // The circular list itself is still there and usable, and compares without looping.
+    eval(QStringLiteral("(setq twin (list 1 2 3) other (list 1 2 4))"));
+    eval(QStringLiteral("(set-cdr! (cddr twin) twin)"));
+    eval(QStringLiteral("(set-cdr! (cddr other) other)"));
+    expectValues({{"(nth 4 ring)", "2"},
+                  {"(equal ring twin)", "T"},
+                  {"(equal ring other)", "nil"},
+                  {"(/= ring other)", "T"}});
 }
 
 TEST_F(LispLibrary, Geometry) {
