@@ -10,6 +10,7 @@
 #include <QStringList>
 
 #include <memory>
+#include <vector>
 
 class OvDbDatabase;
 class OvDbObject;
@@ -103,6 +104,21 @@ bool lastEntity(ov_name name);
 // entnext: the first entity of model space for a null `from`, else the one after it,
 // through an INSERT's attributes and SEQEND.
 bool nextEntity(const ov_name from, ov_name next, QString* error);
+
+// entmod: changes the entity or record that the (-1 . name) group names by the other groups
+// of `data`; groups it does not hold keep their values.
+bool modifyObject(const resbuf* data, QString* error);
+// entupd: true for a live entity.
+bool updateEntity(const ov_name name, QString* error);
+// handent: the object of the working drawing with that handle, erased ones included. False
+// without an error when no object has it.
+bool handleEntity(const QString& handle, ov_name name, QString* error);
+// regapp: 1 when newly registered in the working drawing, 0 when it was already, -1 with an
+// error for a bad name or no drawing.
+int registerApplication(const QString& application, QString* error);
+// The live main entities of model space, in drawing order (attributes are part of their
+// INSERT).
+std::vector<OvDbObjectId> modelSpaceEntities(QString* error);
 
 // --- Tables
 

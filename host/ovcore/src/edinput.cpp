@@ -20,6 +20,10 @@ QString textOf(const wchar_t* text) {
 
 OvEdInputProvider::~OvEdInputProvider() = default;
 
+int OvEdInputProvider::getString(const QString&, QString&) {
+    return RTCAN;
+}
+
 OvEdInputProvider* ovedSetInputProvider(OvEdInputProvider* provider) {
     OvEdInputProvider* previous = ovedInputProvider();
     s_provider = provider;
@@ -42,7 +46,11 @@ int ovedEntSel(const wchar_t* prompt, ov_name name, double point[3]) {
         return RTERROR;
     double ignored[3] = {0, 0, 0};
     const QString text = prompt ? textOf(prompt) : QStringLiteral("\nSelect object: ");
-    return ovedInputProvider()->entSel(text, name, point ? point : ignored);
+    // A command's arguments answer before the user of any provider.
+    OvEdInputProvider* provider = OvEdBatchInput::instance().hasCommandPick()
+                                      ? &OvEdBatchInput::instance()
+                                      : ovedInputProvider();
+    return provider->entSel(text, name, point ? point : ignored);
 }
 
 int ovedGetFileD(const wchar_t* title, const wchar_t* defaultPath, const wchar_t* extension,
@@ -65,4 +73,11 @@ int ovedGetFileD(const wchar_t* title, const wchar_t* defaultPath, const wchar_t
 
 int ovedHelp(const wchar_t* file, const wchar_t* topic, int command) {
     return ovedInputProvider()->help(textOf(file), textOf(topic), command);
+}
+
+int ovedGetString(const wchar_t* prompt, QString& text) {
+    OvEdInputProvider* provider = OvEdBatchInput::instance().hasCommandInput()
+                                      ? &OvEdBatchInput::instance()
+                                      : ovedInputProvider();
+    return provider->getString(textOf(prompt), text);
 }

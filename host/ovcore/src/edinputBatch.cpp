@@ -53,9 +53,88 @@ void OvEdBatchInput::queueFileCancel() {
     m_files.emplace_back(std::nullopt);
 }
 
+void OvEdBatchInput::queueInput(const QString& text) {
+    m_inputs.emplace_back(text);
+}
+
+void OvEdBatchInput::queueInputCancel() {
+    m_inputs.emplace_back(std::nullopt);
+}
+
+void OvEdBatchInput::beginCommandAnswers(const std::deque<QString>& lines,
+                                         const std::deque<std::array<std::int64_t, 2>>& names) {
+    m_inputs.insert(m_inputs.begin(), lines.begin(), lines.end());
+    for (auto it = names.rbegin(); it != names.rend(); ++it) {
+        Pick pick;
+        pick.name[0] = (*it)[0];
+        pick.name[1] = (*it)[1];
+        m_picks.push_front(pick);
+    }
+    m_commandAnswers.push_back({static_cast<int>(lines.size()), static_cast<int>(names.size())});
+}
+
+void OvEdBatchInput::cancelCommandAnswers() {
+    if (m_commandAnswers.empty())
+        return;
+    CommandAnswers& own = m_commandAnswers.back();
+    for (; own.inputs > 0 && !m_inputs.empty(); --own.inputs)
+        m_inputs.pop_front();
+    for (; own.picks > 0 && !m_picks.empty(); --own.picks)
+        m_picks.pop_front();
+    own = {};
+}
+
+int OvEdBatchInput::endCommandAnswers() {
+    if (m_commandAnswers.empty())
+        return 0;
+    const CommandAnswers own = m_commandAnswers.back();
+    cancelCommandAnswers();
+    m_commandAnswers.pop_back();
+    return own.inputs + own.picks;
+}
+
+bool OvEdBatchInput::hasCommandInput() const {
+    for (const CommandAnswers& answers : m_commandAnswers) {
+        if (answers.inputs > 0)
+            return true;
+    }
+    return false;
+}
+
+bool OvEdBatchInput::hasCommandPick() const {
+    for (const CommandAnswers& answers : m_commandAnswers) {
+        if (answers.picks > 0)
+            return true;
+    }
+    return false;
+}
+
+// The answers of the innermost command are at the front; a command that asks for more
+// than its arguments goes on to those of the command that ran it.
+void OvEdBatchInput::tookInput() {
+    for (auto it = m_commandAnswers.rbegin(); it != m_commandAnswers.rend(); ++it) {
+        if (it->inputs > 0) {
+            --it->inputs;
+            return;
+        }
+    }
+}
+
+void OvEdBatchInput::tookPick() {
+    for (auto it = m_commandAnswers.rbegin(); it != m_commandAnswers.rend(); ++it) {
+        if (it->picks > 0) {
+            --it->picks;
+            return;
+        }
+    }
+}
+
 void OvEdBatchInput::clear() {
     m_picks.clear();
     m_files.clear();
+    m_inputs.clear();
+    for (CommandAnswers& answers : m_commandAnswers)
+        answers = {};
 }
 
 int OvEdBatchInput::entSel(const QString& prompt, ov_name name, double point[3]) {
@@ -68,6 +147,7 @@ int OvEdBatchInput::entSel(const QString& prompt, ov_name name, double point[3])
     }
     const Pick pick = m_picks.front();
     m_picks.pop_front();
+    tookPick();
     if (pick.cancel) {
         print(QStringLiteral("*Cancel*\n"));
         return RTCAN;
@@ -128,5 +208,25 @@ int OvEdBatchInput::help(const QString& file, const QString& topic, int) {
     if (!topic.isEmpty())
         line += QLatin1Char(' ') + topic;
     print(QStringLiteral("\n") + line + QStringLiteral("\n"));
+    return RTNORM;
+}
+
+int OvEdBatchInput::getString(const QString& prompt, QString& text) {
+    print(prompt);
+    if (m_inputs.empty()) {
+        print(QStringLiteral("*Cancel*\n; no input is queued (orvex-queue-input), so the "
+                             "request is cancelled\n"));
+        return RTCAN;
+    }
+    const std::optional<QString> answer = m_inputs.front();
+    m_inputs.pop_front();
+    tookInput();
+    if (!answer) {
+        print(QStringLiteral("*Cancel*\n"));
+        return RTCAN;
+    }
+    // The answer shows as if typed, so that a batch log reads like a session.
+    print(*answer + QLatin1Char('\n'));
+    text = *answer;
     return RTNORM;
 }

@@ -98,7 +98,7 @@ const char* bootSource() {
 (define-syntax foreach
   (syntax-rules ()
     ((_ name items body ...)
-     (let loop ((rest items) (last '()))
+     (let loop ((rest (if (list? items) items (bad-argument 'foreach items))) (last '()))
        (if (pair? rest)
            (loop (cdr rest) (let ((name (car rest))) (lisp-progn body ...)))
            last)))))
@@ -176,7 +176,11 @@ const char* bootSource() {
 
 (define (lisp-last items)
   (if (pair? items)
-      (let loop ((rest items)) (if (pair? (cdr rest)) (loop (cdr rest)) (car rest)))
+      ;; The slow walker meeting the fast one means the list never ends.
+      (let loop ((rest items) (slow items) (step #f))
+        (cond ((not (pair? (cdr rest))) (car rest))
+              ((and step (eq? (cdr rest) slow)) (lisp-error "last: circular list"))
+              (else (loop (cdr rest) (if step (cdr slow) slow) (not step)))))
       '()))
 
 (define (atom x) (not (pair? x)))
@@ -195,6 +199,7 @@ const char* bootSource() {
         (else (bad-argument who f))))
 
 (define (mapcar f . lists)
+  (for-each (lambda (l) (unless (or (list? l) (lisp-nil? l)) (bad-argument 'mapcar l))) lists)
   (let ((proc (callable 'mapcar f)))
     (let loop ((rests lists) (out '()))
       (if (and (pair? rests) (let every ((r rests)) (or (null? r) (and (pair? (car r)) (every (cdr r))))))
@@ -202,7 +207,11 @@ const char* bootSource() {
           (reverse out)))))
 
 (define (lisp-apply f . args)
-  (apply apply (callable 'apply f) args))
+  (when (null? args) (lisp-error "apply: too few arguments"))
+  (let ((items (car (last-pair args))))
+    (unless (or (list? items) (lisp-nil? items)) (bad-argument 'apply items))
+    (apply apply (callable 'apply f)
+           (append (list-head args (- (length args) 1)) (list (if (list? items) items '()))))))
 
 ;;; Comparison
 
@@ -227,11 +236,20 @@ const char* bootSource() {
       (and (entity-name? a) (entity-name? b) (equal? a b))))
 
 (define* (equal a b #:optional (fuzz 0))
-  (let same ((a a) (b b))
-    (cond ((and (number? a) (number? b)) (<= (abs (- a b)) fuzz))
-          ((and (pair? a) (pair? b)) (and (same (car a) (car b)) (same (cdr a) (cdr b))))
-          ((and (lisp-nil? a) (lisp-nil? b)) #t)
-          (else (equal? a b)))))
+  ;; Circular lists would walk forever: after many pairs every pair of pairs compared is
+  ;; noted, and one met again counts as equal, so that the walk ends.
+  (let ((seen #f) (steps 0))
+    (let same ((a a) (b b))
+      (cond ((and (number? a) (number? b)) (<= (abs (- a b)) fuzz))
+            ((and (pair? a) (pair? b))
+             (set! steps (+ steps 1))
+             (when (and (not seen) (> steps 100000)) (set! seen (make-hash-table)))
+             (or (and seen (memq b (hashq-ref seen a '())) #t)
+                 (begin
+                   (when seen (hashq-set! seen a (cons b (hashq-ref seen a '()))))
+                   (and (same (car a) (car b)) (same (cdr a) (cdr b))))))
+            ((and (lisp-nil? a) (lisp-nil? b)) #t)
+            (else (equal? a b))))))
 
 (define (type x)
   (cond ((lisp-nil? x) '())
@@ -281,12 +299,6 @@ const char* bootSource() {
 (define (atof text)
   (let ((n (string->number (numeric-prefix (check-string 'atof text) #t))))
     (if (real? n) (exact->inexact n) 0.0)))
-
-;; Decimal notation only; the mode is accepted and read as decimal.
-(define* (rtos number #:optional (mode 2) (precision 4))
-  (check-number 'rtos number)
-  (let ((digits (if (exact-integer? precision) (max 0 (min precision 15)) 4)))
-    (format #f "~,vF" digits (exact->inexact number))))
 
 (define (strcat . texts)
   (apply string-append (map (lambda (s) (check-string 'strcat s)) texts)))
@@ -483,7 +495,7 @@ const char* bootSource() {
     make-entity-name entity-name? entity-name-word0 entity-name-word1
     veval-str+ vl-orvex-defun
     setq defun foreach repeat function
-    strcat strlen strcase substr vl-string-search itoa atoi atof rtos fix float
+    strcat strlen strcase substr vl-string-search itoa atoi atof fix float
     princ prin1 print prompt terpri vl-princ-to-string vl-prin1-to-string
     nth atom listp null eq equal /= type mapcar
     (lisp-progn . progn)

@@ -3,6 +3,7 @@
 #include "cadLisp.h"
 #include "lispConvert.h"
 #include "lispDispatch.h"
+#include "lispLib.h"
 #include "lispState.h"
 
 #include "ovdb/ovut.h"
@@ -151,6 +152,7 @@ SCM bootBody(void* data) {
     boot->hostModule = scm_c_define_module("orvex host", noModuleSetup, nullptr);
     scm_eval_string_in_module(scm_from_utf8_string(bootSource()), boot->hostModule);
     defineCadFunctions(boot->hostModule);
+    defineLibraryFunctions(boot->hostModule);
 
     const SCM m = boot->hostModule;
     HostProcedures p;

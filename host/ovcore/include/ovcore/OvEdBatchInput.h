@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <deque>
 #include <optional>
+#include <vector>
 
 // The editor's input without a window: picks and file names come from queues that a
 // script or a test fills beforehand, one answer per request, in order. A request that finds
@@ -25,14 +26,33 @@ public:
     void queueFile(const QString& path);
     // The user cancels the file dialog.
     void queueFileCancel();
+    // A line typed at the command line, for the get... functions and command arguments.
+    void queueInput(const QString& text);
+    // The user cancels the request for input.
+    void queueInputCancel();
+    // The arguments of a command that is about to run: they go before everything queued
+    // so far, in their order, and answer the command's requests before any provider's user,
+    // the desktop's too. An entity name is a pick, anything else a typed line.
+    void beginCommandAnswers(const std::deque<QString>& lines,
+                             const std::deque<std::array<std::int64_t, 2>>& names);
+    // When the command has returned: takes back what it did not ask for and returns how many.
+    int endCommandAnswers();
+    // (command) inside a running command: its remaining answers go, so that its next request
+    // is cancelled. Nothing to do outside a command.
+    void cancelCommandAnswers();
+    // Whether the next request of that kind is answered by a command argument.
+    bool hasCommandInput() const;
+    bool hasCommandPick() const;
     void clear();
     int pendingPicks() const { return static_cast<int>(m_picks.size()); }
     int pendingFiles() const { return static_cast<int>(m_files.size()); }
+    int pendingInputs() const { return static_cast<int>(m_inputs.size()); }
 
     int entSel(const QString& prompt, ov_name name, double point[3]) override;
     int getFileD(const QString& title, const QString& defaultPath, const QString& extension,
                  int flags, QString& path) override;
     int help(const QString& file, const QString& topic, int command) override;
+    int getString(const QString& prompt, QString& text) override;
 
 private:
     struct Pick {
@@ -45,4 +65,14 @@ private:
 
     std::deque<Pick> m_picks;
     std::deque<std::optional<QString>> m_files;
+    std::deque<std::optional<QString>> m_inputs;
+    // Per running command, innermost last: how many of its arguments still wait at the front
+    // of each queue.
+    struct CommandAnswers {
+        int inputs = 0;
+        int picks = 0;
+    };
+    std::vector<CommandAnswers> m_commandAnswers;
+    void tookInput();
+    void tookPick();
 };

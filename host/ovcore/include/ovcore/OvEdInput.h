@@ -3,6 +3,8 @@
 #include "ovdb/ovdbEntityName.h"
 #include "ovdb/resbuf.h"
 
+#include <QString>
+
 class OvEdInputProvider;
 
 // Editor input of the host catalogue. The answers come from the current input provider:
@@ -26,6 +28,10 @@ int ovedEntSel(const wchar_t* prompt, ov_name name, double point[3]);
 // left as it was. RTERROR for a null result.
 int ovedGetFileD(const wchar_t* title, const wchar_t* defaultPath, const wchar_t* extension,
                  int flags, resbuf* result);
+
+// One line of input from the command line after `prompt` (may be null): RTNORM with the
+// text, empty for Enter alone; RTCAN when the user cancels.
+int ovedGetString(const wchar_t* prompt, QString& text);
 
 // Opens help at a topic; without a window, prints "Help: file topic". RTNORM.
 int ovedHelp(const wchar_t* file, const wchar_t* topic, int command);

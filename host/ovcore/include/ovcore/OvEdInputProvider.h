@@ -20,4 +20,7 @@ public:
                          int flags, QString& path) = 0;
     // Help at a topic of a help file.
     virtual int help(const QString& file, const QString& topic, int command) = 0;
+    // One line typed at the command line after `prompt`: RTNORM with the text (empty for
+    // Enter alone), RTCAN when the user cancels. A provider without a command line cancels.
+    virtual int getString(const QString& prompt, QString& text);
 };

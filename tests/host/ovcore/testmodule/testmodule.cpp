@@ -4,6 +4,7 @@
 #include "ovcore/OvApDocManager.h"
 #include "ovcore/OvApDocManagerReactor.h"
 #include "ovcore/OvEdCommandStack.h"
+#include "ovcore/OvEdInput.h"
 #include "ovcore/OvModuleLoader.h"
 #include "ovcore/OvRxAppMsgCode.h"
 #include "ovcore/OvRxDynamicLinker.h"
@@ -56,6 +57,16 @@ void throwCommand() {
     throw std::runtime_error("the test command failed");
 }
 
+// Asks for two lines, as a command with options does, and prints what it got.
+void askCommand() {
+    QString first;
+    QString second;
+    const int a = ovedGetString(L"\nFirst: ", first);
+    const int b = a == RTNORM ? ovedGetString(L"\nSecond: ", second) : RTCAN;
+    ovutPrintf(L"[testmodule] asked: %ls|%ls (%ls)\n", first.toStdWString().c_str(),
+               second.toStdWString().c_str(), b == RTNORM ? L"answered" : L"cancelled");
+}
+
 void unloadSelfCommand() {
     const bool unloaded = ovrxUnloadModule(QStringLiteral(TM_NAME));
     ovutPrintf(L"[testmodule] unload from inside: %ls\n", unloaded ? L"done" : L"refused");
@@ -91,6 +102,7 @@ void initApp(void* appId) {
     commands->addCommand(L"OVTESTMODULE", L"TmHello", L"TmHallo", OvRx::kCmdTransparent,
                          helloCommand);
     commands->addCommand(L"OVTESTMODULE", L"TmThrow", L"TmThrow", OvRx::kCmdModal, throwCommand);
+    commands->addCommand(L"OVTESTMODULE", L"TmAsk", nullptr, OvRx::kCmdModal, askCommand);
     commands->addCommand(L"OVTESTMODULE", L"TmUnloadSelf", nullptr, OvRx::kCmdModal,
                          unloadSelfCommand);
 }

@@ -1,0 +1,683 @@
+// The dialect's common functions that scripts bring along: each group with ordinary
+// arguments, the edge values the dialect defines and wrong arguments; selection sets over a
+// drawing of a few hundred entities; commands of a module with their arguments answered.
+#include "OvcoreTest.h"
+
+#include "ovcore/OvEdInput.h"
+#include "ovcore/OvEdInputProvider.h"
+#include "ovcore/OvRxDynamicLinker.h"
+#include "ovcore/OvRxSystemRegistry.h"
+#include "platform/MessageBox.h"
+
+#include <QDir>
+#include <QSettings>
+#include <QTemporaryDir>
+
+namespace lisp = ovcore::lisp;
+
+namespace {
+
+class LispLibrary : public OvcoreTest {
+protected:
+    void SetUp() override {
+        OvcoreTest::SetUp();
+        ASSERT_TRUE(m_folder.isValid());
+        // The settings store goes to the test's own folder.
+        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, m_folder.path());
+        newDocument();
+        clearOutput();
+    }
+    void TearDown() override {
+        QDir::setCurrent(m_previousFolder);
+        OvcoreTest::TearDown();
+    }
+
+    struct Case {
+        const char* expression;
+        const char* value;
+    };
+    void expectValues(std::initializer_list<Case> cases) {
+        for (const Case& c : cases) {
+            const lisp::EvalResult result = lisp::evalString(QString::fromUtf8(c.expression));
+            EXPECT_TRUE(result.ok) << c.expression << ": " << result.error.toStdString();
+            EXPECT_EQ(result.value.toStdString(), c.value) << c.expression;
+        }
+    }
+    // Each expression ends in a LISP error whose message names the function.
+    void expectErrors(std::initializer_list<std::pair<const char*, const char*>> cases) {
+        for (const auto& [expression, who] : cases) {
+            const lisp::EvalResult result = evalFailing(QString::fromUtf8(expression));
+            EXPECT_TRUE(result.error.contains(QLatin1String(who)))
+                << expression << " failed with: " << result.error.toStdString();
+        }
+    }
+
+    QTemporaryDir m_folder;
+    QString m_previousFolder = QDir::currentPath();
+};
+
+TEST_F(LispLibrary, NumbersAreThirtyTwoBitIntegersOrReals) {
+    expectValues({
+        {"(+ 2147483647 1)", "-2147483648"},
+        {"(* 65536 65536)", "0"},
+        {"(- -2147483648 1)", "2147483647"},
+        {"(+ 2147483647 1.0)", "2.14748e+09"},
+        {"(/ 7 2)", "3"},
+        {"(/ -7 2)", "-3"},
+        {"(/ 7 2.0)", "3.5"},
+        {"(/ 5)", "5"},
+        {"(- 5)", "-5"},
+        {"(+)", "0"},
+        {"(1+ 2147483647)", "-2147483648"},
+        {"(rem 42 12)", "6"},
+        {"(rem -7 2)", "-1"},
+        {"(rem 7.5 2)", "1.5"},
+        {"(gcd 81 57)", "3"},
+        {"(gcd 0 0)", "0"},
+        {"(lsh 1 31)", "-2147483648"},
+        {"(lsh -1 -28)", "15"},
+        {"(lsh 1 32)", "0"},
+        {"(boole 1 12 10)", "8"},
+        {"(boole 6 12 10)", "6"},
+        {"(boole 7 12 10)", "14"},
+        {"(~ 0)", "-1"},
+        {"(logand 7 12)", "4"},
+        {"(logior 1 2 4)", "7"},
+        {"(zerop 0.0)", "T"},
+        {"(zerop 1)", "nil"},
+        {"(minusp -0.5)", "T"},
+        {"(numberp 2)", "T"},
+        {"(numberp \"2\")", "nil"},
+        {"(numberp nil)", "nil"},
+        {"(fix -2.7)", "-2"},
+        {"(fix 3e9)", "3.0e+09"},
+        {"(max 1 3 2)", "3"},
+        {"(max 1 2.0)", "2.0"},
+        {"(expt 2 10)", "1024"},
+        {"(expt 2 -1)", "0"},
+        {"(expt 2.0 -1)", "0.5"},
+        {"(sqrt 16)", "4.0"},
+        {"(abs -2147483648)", "-2147483648"},
+        {"(< 1 2 3)", "T"},
+        {"(< 1 3 2)", "nil"},
+        {"(>= \"b\" \"a\")", "T"},
+        {"(atan 1.0 0)", "1.5708"},
+    });
+    expectErrors({
+        {"(/ 1 0)", "divide by zero"},
+        {"(/ 1.0 0.0)", "divide by zero"},
+        {"(rem 5 0)", "divide by zero"},
+        {"(+ 1 \"2\")", "+: bad argument type"},
+        {"(gcd 1.5 2)", "gcd"},
+        {"(lsh 1 2.0)", "lsh"},
+        {"(boole 16 1 1)", "boole"},
+        {"(~ nil)", "~"},
+        {"(zerop \"0\")", "zerop"},
+        {"(sqrt -1)", "sqrt"},
+        {"(log 0)", "log"},
+        {"(< 1 \"a\")", "<"},
+    });
+}
+
+TEST_F(LispLibrary, TextsCodesWildcardsAndUnitModes) {
+    expectValues({
+        {"(ascii \"A\")", "65"},
+        {"(ascii \"Ü\")", "220"},
+        {"(ascii \"\")", "0"},
+        {"(chr 65)", "\"A\""},
+        {"(chr 8364)", "\"€\""},
+        {"(chr 0)", "\"\""},
+        {"(wcmatch \"RED_2.5\" \"RED*,BLU*\")", "T"},
+        {"(wcmatch \"red_2.5\" \"RED*\")", "nil"},
+        {"(wcmatch \"\" \"\")", "T"},
+        {"(wcmatch \"W12\" \"W##\")", "T"},
+        {"(wcmatch \"ABC\" \"~A*\")", "nil"},
+        {"(snvalid \"RED_1\")", "T"},
+        {"(snvalid \"\")", "nil"},
+        {"(snvalid \"A*B\")", "nil"},
+        {"(snvalid \"X|Y\")", "nil"},
+        {"(snvalid \"X|Y\" 1)", "T"},
+        {"(snvalid \"|Y\" 1)", "nil"},
+        {"(rtos 15.5)", "\"15.5000\""},
+        {"(rtos 15.5 1 3)", "\"1.550E+01\""},
+        {"(rtos 0.000125 1 2)", "\"1.25E-04\""},
+        {"(rtos 9.99 1 1)", "\"1.0E+01\""},
+        {"(rtos 15.5 2 0)", "\"16\""},
+        {"(rtos -1.25 2 1)", "\"-1.3\""},
+        {"(rtos 15.5 3 2)", "\"1'-3.50\\\"\""},
+        {"(rtos 15.5 4 2)", "\"1'-3 1/2\\\"\""},
+        {"(rtos 24 4 2)", "\"2'\""},
+        {"(rtos 0.75 4 3)", "\"3/4\\\"\""},
+        {"(rtos 15.5 5 2)", "\"15 1/2\""},
+        {"(rtos 2 2 8)", "\"2.00000000\""},
+        {"(distof \"1'-3 1/2\\\"\" 4)", "15.5"},
+        {"(distof \"2'\" 3)", "24.0"},
+        {"(distof \"15 1/2\" 5)", "15.5"},
+        {"(distof \"-2.5e1\")", "-25.0"},
+        {"(distof \"\")", "nil"},
+        {"(distof \"abc\")", "nil"},
+        {"(distof \"1/0\" 5)", "nil"},
+        {"(angtos pi 0 2)", "\"180.00\""},
+        {"(angtos (/ pi 4))", "\"45\""},
+        {"(angtos (- (/ pi 2)) 0 0)", "\"270\""},
+        {"(angtos (* 2 pi) 0 1)", "\"0.0\""},
+        {"(angtos 0.5 1 4)", "\"28d38'52\\\"\""},
+        {"(angtos pi 2 1)", "\"200.0g\""},
+        {"(angtos 1 3 3)", "\"1.000r\""},
+        {"(angtos (/ pi 4) 4 2)", "\"N 45d0' E\""},
+        {"(angtos (* pi 1.25) 4 0)", "\"S 45d W\""},
+        {"(angtof \"90\")", "1.5708"},
+        {"(angtof \"45d30'\" 1)", "0.794125"},
+        {"(angtof \"200g\" 2)", "3.14159"},
+        {"(angtof \"N 45d E\" 4)", "0.785398"},
+        {"(angtof \"W\" 4)", "3.14159"},
+        {"(angtof \"north\" 4)", "nil"},
+        {"(angtof \"\")", "nil"},
+        {"(read \"(1 \\\"a\\\" b)\")", "(1 \"a\" b)"},
+        {"(read \"\")", "nil"},
+    });
+    expectErrors({
+        {"(ascii 65)", "ascii"},
+        {"(chr -1)", "chr"},
+        {"(chr \"A\")", "chr"},
+        {"(wcmatch \"a\" nil)", "wcmatch"},
+        {"(rtos 1.0 2 -1)", "rtos"},
+        {"(rtos 1.0 2 9)", "rtos"},
+        {"(rtos 1.0 6 2)", "rtos"},
+        {"(rtos 1.0 0)", "rtos"},
+        {"(rtos \"1\")", "rtos"},
+        {"(angtos 1 5)", "angtos"},
+        {"(angtos 1 0 -2)", "angtos"},
+        {"(distof \"1\" 7)", "distof"},
+        {"(angtof 45)", "angtof"},
+        {"(snvalid 'A)", "snvalid"},
+    });
+}
+
+TEST_F(LispLibrary, ListsAndSymbolsAreSafeOnCircularLists) {
+    expectValues({
+        {"(subst 'x 'a '(a (b a) c a))", "(x (b x) c x)"},
+        {"(subst \"new\" \"old\" '(\"old\" 1))", "(\"new\" 1)"},
+        {"(subst 1 2 nil)", "nil"},
+        {"(subst '(q) 1 '(1 . 1))", "((q) q)"},
+        {"(caddr '(1 2 3))", "3"},
+        {"(cadddr '(1 2 3 4))", "4"},
+        {"(cddddr '(1 2 3 4 5))", "(5)"},
+        {"(caaaar '((((deep)))))", "deep"},
+        {"(cdadar '((1 (2 3))))", "(3)"},
+        {"(cadddr nil)", "nil"},
+        {"(cadddr '(1 2))", "nil"},
+        {"(boundp 'never-set)", "nil"},
+        {"(progn (setq bset nil) (boundp 'bset))", "nil"},
+        {"(progn (set 'bset 5) (boundp 'bset))", "T"},
+        {"bset", "5"},
+        {"(set (read \"made\") \"x\")", "\"x\""},
+        {"made", "\"x\""},
+        {"(boundp 'car)", "T"},
+        {"(apply '+ '(1 2 3))", "6"},
+        {"(apply 'list nil)", "nil"},
+        {"(apply (function strcat) '(\"a\" \"b\"))", "\"ab\""},
+        {"(last '(1 2 3))", "3"},
+        {"(length nil)", "0"},
+        {"(member 2 '(1 2 3))", "(2 3)"},
+        {"(assoc 2 '((1 . a) (2 . b)))", "(2 . b)"},
+        {"(assoc 3 '((1 . a)))", "nil"},
+        {"(reverse '(1 2 3))", "(3 2 1)"},
+        {"(append '(1) nil '(2 3))", "(1 2 3)"},
+        // A list that is shared, not circular, is fine.
+        {"(progn (setq shared '(a b)) (subst 'z 'a (list shared shared)))", "((z b) (z b))"},
+    });
+    // A list whose end points back to its start: every walker refuses it, none loops.
+    eval(QStringLiteral("(setq ring (list 1 2 3))"));
+    eval(QStringLiteral("(set-cdr! (cddr ring) ring)"));
+    eval(QStringLiteral("(setq inner (list 1 2))"));
+    eval(QStringLiteral("(set-car! inner inner)"));
+    expectErrors({
+        {"(last ring)", "last"},
+        {"(subst 0 1 ring)", "subst"},
+        {"(subst 0 1 inner)", "subst"},
+        {"(length ring)", "length"},
+        {"(reverse ring)", "reverse"},
+        {"(append ring '(4))", "append"},
+        {"(member 9 ring)", "member"},
+        {"(assoc 9 ring)", "assoc"},
+        {"(mapcar '1+ ring)", "mapcar"},
+        {"(apply '+ ring)", "apply"},
+        {"(foreach x ring x)", "foreach"},
+        {"(set 5 1)", "set"},
+        {"(set nil 1)", "set"},
+        {"(boundp \"car\")", "boundp"},
+        {"(caddr \"text\")", "caddr"},
+    });
+    // The circular list itself is still there and usable, and compares without looping.
+    eval(QStringLiteral("(setq twin (list 1 2 3) other (list 1 2 4))"));
+    eval(QStringLiteral("(set-cdr! (cddr twin) twin)"));
+    eval(QStringLiteral("(set-cdr! (cddr other) other)"));
+    expectValues({{"(nth 4 ring)", "2"},
+                  {"(equal ring twin)", "T"},
+                  {"(equal ring other)", "nil"},
+                  {"(/= ring other)", "T"}});
+}
+
+TEST_F(LispLibrary, Geometry) {
+    expectValues({
+        {"(polar '(1 1) 0 10)", "(11.0 1.0)"},
+        {"(polar '(0 0 5) (/ pi 2) 2)", "(1.22465e-16 2.0 5.0)"},
+        {"(distance '(0 0) '(3 4))", "5.0"},
+        {"(distance '(0 0 0) '(1 2 2))", "3.0"},
+        {"(distance '(0 0) '(3 4 12))", "5.0"},
+        {"(angle '(0 0) '(0 1))", "1.5708"},
+        {"(angle '(0 0) '(0 -1))", "4.71239"},
+        {"(angle '(1 1) '(1 1))", "0.0"},
+        {"(inters '(0 0) '(10 10) '(0 10) '(10 0))", "(5.0 5.0)"},
+        {"(inters '(0 0 0) '(10 10 10) '(0 10 0) '(10 0 10))", "(5.0 5.0 5.0)"},
+        {"(inters '(0 0 0) '(10 0 0) '(0 5 1) '(10 -5 1))", "nil"},
+        {"(inters '(0 0) '(1 1) '(0 5) '(1 6))", "nil"},
+        {"(inters '(0 0) '(1 1) '(10 0) '(0 10))", "nil"},
+        {"(inters '(0 0) '(1 1) '(10 0) '(0 10) nil)", "(5.0 5.0)"},
+    });
+    expectErrors({
+        {"(polar '(0) 0 1)", "polar"},
+        {"(distance '(0 0) \"x\")", "distance"},
+        {"(angle nil '(1 1))", "angle"},
+        {"(inters '(0 0) '(1 1) '(0 1) '(a b))", "inters"},
+    });
+}
+
+TEST_F(LispLibrary, SsgetFiltersAFewHundredEntities) {
+    // 200 lines on RED_1 (every fourth in colour 3), 100 on BLUE_2 in colour 5, running
+    // from x 0 to x i; and 20 inserts of block B on RED_1.
+    eval(QStringLiteral(
+        "(progn"
+        " (entmake '((0 . \"LAYER\") (2 . \"RED_1\") (62 . 1)))"
+        " (entmake '((0 . \"LAYER\") (2 . \"BLUE_2\") (62 . 5)))"
+        " (setq i 0)"
+        " (repeat 200 (entmake (list '(0 . \"LINE\") '(8 . \"RED_1\")"
+        "   (cons 62 (if (= (rem i 4) 0) 3 256)) '(10 0 0 0) (list 11 (float i) 1.0 0.0)))"
+        "   (setq i (1+ i)))"
+        " (repeat 100 (entmake (list '(0 . \"LINE\") '(8 . \"BLUE_2\") '(62 . 5) '(10 0 0 0)"
+        "   (list 11 (float i) 2.0 0.0))) (setq i (1+ i)))"
+        " (repeat 20 (entmake '((0 . \"INSERT\") (2 . \"B\") (8 . \"RED_1\") (10 1 1 0))))"
+        " T)"));
+    expectValues({
+        {"(sslength (ssget \"X\"))", "320"},
+        {"(sslength (ssget \"_X\" '((0 . \"LINE\"))))", "300"},
+        {"(sslength (ssget \"X\" '((8 . \"red*\"))))", "220"},
+        {"(sslength (ssget \"X\" '((0 . \"LINE\") (8 . \"RED_1,BLUE_2\"))))", "300"},
+        {"(sslength (ssget \"X\" '((8 . \"~BLUE*\"))))", "220"},
+        {"(sslength (ssget \"X\" '((62 . 3))))", "50"},
+        {"(sslength (ssget \"X\" '((0 . \"LINE\") (62 . 256))))", "150"},
+        {"(sslength (ssget \"X\" '((-4 . \"<OR\") (62 . 3) (62 . 5) (-4 . \"OR>\"))))", "150"},
+        {"(sslength (ssget \"X\" '((-4 . \"<NOT\") (0 . \"LINE\") (-4 . \"NOT>\"))))", "20"},
+        {"(sslength (ssget \"X\" '((-4 . \"<XOR\") (8 . \"RED_1\") (0 . \"INSERT\") (-4 . "
+         "\"XOR>\"))))",
+         "200"},
+        {"(sslength (ssget \"X\" '((-4 . \"<AND\") (8 . \"RED_1\") (-4 . \"<NOT\") (62 . 3) (-4 . "
+         "\"NOT>\") (-4 . \"AND>\"))))",
+         "170"},
+        {"(sslength (ssget \"X\" '((-4 . \">,*,*\") (11 249.5 0.0 0.0))))", "50"},
+        {"(sslength (ssget \"X\" '((-4 . \"<\") (62 . 4))))", "50"},
+        {"(sslength (ssget \"X\" '((-4 . \"&\") (62 . 1))))", "150"},
+        {"(sslength (ssget \"X\" '((-4 . \"!=\") (8 . \"RED_1\"))))", "100"},
+        {"(sslength (ssget \"X\" '((-4 . \"*\") (11 0.0 0.0 0.0))))", "300"},
+        {"(ssget \"X\" '((8 . \"GREEN\")))", "nil"},
+        // Eleven lines and the twenty inserts at (1 1).
+        {"(sslength (ssget \"W\" '(-1 -1) '(10.5 1.5)))", "31"},
+        // Every BLUE_2 line passes y 1.5 between x 150 and 225; no end lies in the window.
+        {"(sslength (ssget \"C\" '(100 1.4) '(250 1.6)))", "100"},
+        {"(ssget \"W\" '(100 1.4) '(250 1.6))", "nil"},
+    });
+    // "P" is the last set that ssget made; "L" the last entity.
+    expectValues({
+        {"(sslength (ssget \"X\" '((62 . 3))))", "50"},
+        {"(sslength (ssget \"P\"))", "50"},
+        {"(sslength (ssget \"P\" '((-4 . \">,>,*\") (11 100.0 -1.0 0.0))))", "24"},
+        {"(eq (ssname (ssget \"L\") 0) (entlast))", "T"},
+    });
+    // A filter that does not parse says why and selects nothing.
+    expectRefused(QStringLiteral("(ssget \"X\" '((-4 . \"<OR\") (8 . \"A\")))"),
+                  QStringLiteral("; ssget: the filter lacks its (-4 . \"OR>\")"));
+    expectRefused(QStringLiteral("(ssget \"X\" '((-4 . \"OR>\")))"),
+                  QStringLiteral("closes nothing"));
+    expectRefused(QStringLiteral("(ssget \"X\" '((-4 . \"<NOT\") (8 . \"A\") (8 . \"B\") (-4 . "
+                                 "\"NOT>\")))"),
+                  QStringLiteral("<NOT takes one test"));
+    expectRefused(QStringLiteral("(ssget \"X\" '((-4 . \"~\") (8 . \"A\")))"),
+                  QStringLiteral("is not a comparison"));
+    expectRefused(QStringLiteral("(ssget \"X\" '((-4 . \"=\")))"),
+                  QStringLiteral("no group after"));
+    expectRefused(QStringLiteral("(ssget \"Q\")"), QStringLiteral("not a selection mode"));
+    expectRefused(QStringLiteral("(ssget \"W\" '(0 0))"), QStringLiteral("two corner points"));
+    expectRefused(QStringLiteral("(ssget \"X\" 5)"), QStringLiteral("not a filter list"));
+}
+
+TEST_F(LispLibrary, SelectionSetsAndInteractivePicks) {
+    eval(QStringLiteral("(repeat 3 (entmake '((0 . \"LINE\") (10 0 0 0) (11 1 0 0))))"));
+    eval(QStringLiteral("(setq a (entnext) b (entnext a) c (entlast))"));
+    expectValues({
+        {"(type (ssadd))", "PICKSET"},
+        {"(sslength (ssadd))", "0"},
+        {"(setq s (ssadd a))", "<Selection set: 1>"},
+        {"(sslength (ssadd b s))", "2"},
+        {"(sslength (ssadd b s))", "2"},
+        {"(eq (ssname s 1) b)", "T"},
+        {"(ssname s 2)", "nil"},
+        {"(ssname s -1)", "nil"},
+        {"(eq (ssmemb a s) a)", "T"},
+        {"(ssmemb c s)", "nil"},
+        {"(ssdel c s)", "nil"},
+        {"(sslength (ssdel a s))", "1"},
+        {"(eq (ssname s 0) b)", "T"},
+    });
+    expectErrors({
+        {"(sslength nil)", "sslength"},
+        {"(ssname s \"0\")", "ssname"},
+        {"(ssadd \"x\")", "ssadd"},
+        {"(ssmemb a '(1))", "ssmemb"},
+    });
+    // Picks come from the batch queue: the selection ends when it is used up, a name that
+    // is picked twice counts once, and ":S" takes one pick.
+    eval(QStringLiteral("(orvex-queue-pick a)"));
+    eval(QStringLiteral("(orvex-queue-pick c)"));
+    eval(QStringLiteral("(orvex-queue-pick a)"));
+    expectValues({{"(sslength (ssget))", "2"}, {"(ssget)", "nil"}});
+    eval(QStringLiteral("(orvex-queue-pick b)"));
+    eval(QStringLiteral("(orvex-queue-pick c)"));
+    expectValues({{"(eq (ssname (ssget \":S\") 0) b)", "T"}, {"(sslength (ssget))", "1"}});
+}
+
+TEST_F(LispLibrary, EntmodEntupdEntdelHandentRegapp) {
+    eval(QStringLiteral("(entmake '((0 . \"LAYER\") (2 . \"RED_1\") (62 . 1)))"));
+    eval(QStringLiteral("(entmake '((0 . \"LINE\") (8 . \"RED_1\") (10 0 0 0) (11 1 0 0)))"));
+    eval(QStringLiteral("(setq line (entlast) lay (tblobjname \"LAYER\" \"RED_1\"))"));
+    expectValues({
+        // Only the groups given change; the rest stays.
+        {"(progn (entmod (list (cons -1 line) '(10 5 5 0) '(62 . 2))) (cdr (assoc 10 (entget "
+         "line))))",
+         "(5.0 5.0 0.0)"},
+        {"(cdr (assoc 11 (entget line)))", "(1.0 0.0 0.0)"},
+        {"(cdr (assoc 62 (entget line)))", "2"},
+        // A layer the drawing lacks is made, as entmake makes it.
+        {"(progn (entmod (list (cons -1 line) '(8 . \"NEW\"))) (cdr (assoc 8 (entget line))))",
+         "\"NEW\""},
+        {"(progn (entmod (subst '(62 . -4) '(62 . 1) (entget lay))) (cdr (assoc 62 (tblsearch "
+         "\"LAYER\" \"RED_1\"))))",
+         "-4"},
+        {"(progn (entmod (list (cons -1 lay) '(2 . \"RED_9\") '(370 . 50))) (cdr (assoc 370 "
+         "(tblsearch \"LAYER\" \"RED_9\"))))",
+         "50"},
+        {"(eq (entupd line) line)", "T"},
+        {"(eq (handent (cdr (assoc 5 (entget line)))) line)", "T"},
+        {"(handent \"FFFFFF\")", "nil"},
+        {"(regapp \"ZEL_APP\")", "\"ZEL_APP\""},
+        {"(regapp \"zel_app\")", "nil"},
+    });
+    // Refused as entmake refuses; the entity is left as it was.
+    expectRefused(QStringLiteral("(entmod (list (cons -1 line) '(62 . 300)))"),
+                  QStringLiteral("not an index colour"));
+    expectRefused(QStringLiteral("(entmod (list (cons -1 lay) '(62 . 0)))"),
+                  QStringLiteral("from 1 to 255"));
+    expectRefused(QStringLiteral("(entmod (list (cons -1 lay) '(6 . \"NOPE\")))"),
+                  QStringLiteral("no linetype"));
+    expectRefused(QStringLiteral("(entmod (list (cons -1 lay) '(370 . 7)))"),
+                  QStringLiteral("lineweight"));
+    expectRefused(QStringLiteral("(entmod (list (cons -1 lay) '(2 . \"A*B\")))"),
+                  QStringLiteral("not a valid name"));
+    expectRefused(
+        QStringLiteral("(entmod (list (cons -1 (tblobjname \"LAYER\" \"0\")) '(70 . 1)))"),
+        QStringLiteral("current layer cannot be frozen"));
+    expectRefused(QStringLiteral("(entmod (list (cons -1 line) '(0 . \"INSERT\")))"),
+                  QStringLiteral("is a LINE, not a INSERT"));
+    expectRefused(QStringLiteral("(entmod '((8 . \"X\")))"), QStringLiteral("(-1 . name)"));
+    expectRefused(QStringLiteral("(entmod \"x\")"), QStringLiteral("a list of groups"));
+    expectValues({{"(cdr (assoc 62 (entget line)))", "2"}});
+    // A line on a locked layer stays as it is.
+    eval(QStringLiteral("(entmod (list (cons -1 (tblobjname \"LAYER\" \"NEW\")) '(70 . 4)))"));
+    expectRefused(QStringLiteral("(entmod (list (cons -1 line) '(62 . 1)))"),
+                  QStringLiteral("locked layer"));
+    // Erase and unerase: an erased entity is still found by its handle.
+    expectValues({
+        {"(eq (entdel line) line)", "T"},
+        {"(entget line)", "nil"},
+        {"(eq (handent (cdr (assoc 5 (entget (entdel line))))) line)", "T"},
+    });
+    expectRefused(QStringLiteral("(progn (entdel line) (entmod (list (cons -1 line) '(62 . 3))))"),
+                  QStringLiteral("is erased"));
+    expectRefused(QStringLiteral("(entupd line)"), QStringLiteral("; entupd:"));
+    expectRefused(QStringLiteral("(handent \"XYZ\")"), QStringLiteral("not a handle"));
+    expectRefused(QStringLiteral("(regapp \"A B<\")"), QStringLiteral("not a valid application"));
+}
+
+TEST_F(LispLibrary, CommandRunsAModuleCommandWithItsArgumentsAnsweredInOrder) {
+    auto* linker = OvRxDynamicLinker::cast(ovrxSysRegistry()->at(L"DynamicLinker"));
+    ASSERT_TRUE(linker->loadModule(modulePath(QStringLiteral("ovcore_testmodule.ovm"))));
+    clearOutput();
+    expectValues({{"(command \"TmHello\")", "nil"}});
+    EXPECT_TRUE(output().contains(QLatin1String("[testmodule] hello in")))
+        << output().toStdString();
+
+    // Arguments answer the command's requests in order, before anything queued already.
+    eval(QStringLiteral("(orvex-queue-input \"queued\")"));
+    clearOutput();
+    expectValues({{"(command \"_TmAsk\" \"one\" 2)", "nil"}});
+    EXPECT_TRUE(output().contains(QLatin1String("[testmodule] asked: one|2 (answered)")))
+        << output().toStdString();
+    // Points and reals go as typed; what the command did not ask for is taken back.
+    clearOutput();
+    expectValues({{"(command \"TmAsk\" '(1 2.5) 0.5 \"extra\")", "nil"}});
+    EXPECT_TRUE(output().contains(QLatin1String("asked: 1.0,2.5|0.5 (answered)")))
+        << output().toStdString();
+    EXPECT_TRUE(output().contains(QLatin1String("1 argument(s) were not asked for")));
+    expectValues({{"(getstring)", "\"queued\""}});
+
+    // Too few arguments: the command asks the user for the rest, here the desktop's command
+    // line, while its arguments still answer first.
+    class CommandLine : public OvEdInputProvider {
+    public:
+        int entSel(const QString&, ov_name, double[3]) override { return RTCAN; }
+        int getFileD(const QString&, const QString&, const QString&, int, QString&) override {
+            return RTCAN;
+        }
+        int help(const QString&, const QString&, int) override { return RTNORM; }
+        int getString(const QString& prompt, QString& text) override {
+            prompts << prompt;
+            text = QStringLiteral("typed");
+            return RTNORM;
+        }
+        QStringList prompts;
+    } commandLine;
+    OvEdInputProvider* batch = ovedSetInputProvider(&commandLine);
+    clearOutput();
+    expectValues({{"(command \"TmAsk\" \"only\")", "nil"}});
+    EXPECT_TRUE(output().contains(QLatin1String("asked: only|typed (answered)")))
+        << output().toStdString();
+    EXPECT_EQ(commandLine.prompts, QStringList{QStringLiteral("\nSecond: ")});
+    ovedSetInputProvider(batch);
+    // In a batch run with nothing queued, the request beyond the arguments is cancelled.
+    clearOutput();
+    expectValues({{"(command \"TmAsk\" \"only\")", "nil"}});
+    EXPECT_TRUE(output().contains(QLatin1String("asked: only| (cancelled)")))
+        << output().toStdString();
+
+    expectValues({{"(command)", "nil"}});
+    expectErrors({
+        {"(command \"NoSuchCommand\" 1)", "command: unknown command \"NoSuchCommand\""},
+        {"(command \"\")", "command"},
+        {"(command 5)", "command"},
+        {"(command \"TmHello\" (lambda () 1))", "command"},
+        {"(command \"TmThrow\")", "command: TmThrow failed"},
+    });
+    linker->unloadModule(QStringLiteral("ovcore_testmodule.ovm"));
+}
+
+TEST_F(LispLibrary, InputFunctionsReadTheQueueWithInitget) {
+    auto answer = [this](std::initializer_list<const char*> lines) {
+        for (const char* line : lines)
+            eval(QStringLiteral("(orvex-queue-input \"%1\")")
+                     .arg(QString::fromUtf8(line).replace(u'"', QStringLiteral("\\\""))));
+    };
+    answer({"two words", "two words", ""});
+    expectValues({{"(getstring)", "\"two\""},
+                  {"(getstring T \"Name: \")", "\"two words\""},
+                  {"(getstring)", "\"\""}});
+    // A wrong answer is asked again; Enter gives nil.
+    answer({"abc", "99999", "42", ""});
+    expectValues({{"(getint \"Count: \")", "42"}, {"(getint)", "nil"}});
+    EXPECT_TRUE(output().contains(QLatin1String("Requires an integer between")));
+    answer({"0", "-1", "", "2.5"});
+    expectValues({{"(progn (initget 7) (getreal))", "2.5"}});
+    answer({"2,3", "@1,1", "x"});
+    expectValues(
+        {{"(getpoint)", "(2.0 3.0 0.0)"}, {"(getpoint '(1 1 1) \"To: \")", "(2.0 2.0 1.0)"}});
+    EXPECT_FALSE(evalFailing(QStringLiteral("(getpoint)")).ok);
+    answer({"1'-6\"", "3,4"});
+    expectValues({{"(getdist)", "18.0"}, {"(getdist '(0 0))", "5.0"}});
+    answer({"90", "0,1"});
+    expectValues({{"(getangle)", "1.5708"}, {"(getangle '(0 0))", "1.5708"}});
+    // Keywords: the capitals are the shortest form; the global name comes back.
+    answer({"maybe", "n", "LT", "nein", "last", "Q"});
+    expectValues({{"(progn (initget \"Yes No\") (getkword \"Go? \"))", "\"No\""}});
+    expectValues({{"(progn (initget 0 \"LType Lweight\") (getkword))", "\"LType\""}});
+    expectValues({{"(progn (initget \"Ja Nein _Yes No\") (getkword))", "\"No\""}});
+    // initget holds for one request only; getint takes a keyword instead of a number.
+    expectValues({{"(progn (initget \"Last\") (getint))", "\"Last\""}});
+    expectValues({{"(progn (initget 128) (getint))", "\"Q\""}});
+    EXPECT_TRUE(
+        evalFailing(QStringLiteral("(getkword)")).error.contains(QLatin1String("getkword")));
+    // An empty queue cancels, which ends the script with an error.
+    EXPECT_TRUE(
+        evalFailing(QStringLiteral("(getstring)")).error.contains(QLatin1String("cancelled")));
+    expectErrors({{"(initget \"a\" \"b\")", "initget"}, {"(getint 5)", "getint"}});
+    // alert shows a message box, which a batch run prints; nil.
+    QString shown;
+    platform::setMessageBoxPrinter([&](const QString& line) { shown += line; });
+    expectValues({{"(alert \"Wire types checked\")", "nil"}});
+    platform::setMessageBoxPrinter({});
+    EXPECT_TRUE(shown.contains(QLatin1String("Wire types checked"))) << shown.toStdString();
+}
+
+TEST_F(LispLibrary, FilesSettingsAndVersion) {
+    const QString folder = m_folder.path();
+    ASSERT_TRUE(QDir(folder).mkpath(QStringLiteral("support")));
+    ASSERT_TRUE(QDir(folder).mkpath(QStringLiteral("work")));
+    QFile supportFile(folder + QStringLiteral("/support/wires.txt"));
+    ASSERT_TRUE(supportFile.open(QIODevice::WriteOnly));
+    supportFile.write("one\r\ntwo\n");
+    supportFile.close();
+    QDir::setCurrent(folder + QStringLiteral("/work"));
+    eval(QStringLiteral("(setq path \"%1/work/out.txt\")").arg(folder));
+
+    expectValues({
+        {"(findfile \"wires.txt\")", "nil"},
+        {"(findfile \"\")", "nil"},
+    });
+    {
+        QSettings store(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("Orvex"),
+                        QStringLiteral("R26"));
+        store.setValue(QStringLiteral("Support/Folders"), folder + QStringLiteral("/support"));
+    }
+    EXPECT_EQ(eval(QStringLiteral("(findfile \"wires.txt\")")),
+              QStringLiteral("\"%1/support/wires.txt\"").arg(folder));
+    expectValues({
+        {"(setq f (open path \"w\"))",
+         QStringLiteral("#<file \"%1/work/out.txt\">").arg(folder).toUtf8().constData()},
+        {"(write-line \"Größe\" f)", "\"Größe\""},
+        {"(write-char 65 f)", "65"},
+        {"(close f)", "nil"},
+        {"(close f)", "nil"},
+        {"(progn (setq f (open path \"a\")) (write-line \"z\" f) (close f))", "nil"},
+        {"(findfile \"out.txt\")",
+         QStringLiteral("\"%1/work/out.txt\"").arg(folder).toUtf8().constData()},
+        {"(setq f (open path \"r\"))",
+         QStringLiteral("#<file \"%1/work/out.txt\">").arg(folder).toUtf8().constData()},
+        {"(type f)", "FILE"},
+        {"(read-line f)", "\"Größe\""},
+        {"(read-char f)", "65"},
+        {"(read-char f)", "122"},
+        {"(read-char f)", "10"},
+        {"(read-line f)", "nil"},
+        {"(read-char f)", "nil"},
+        {"(close f)", "nil"},
+        {"(progn (setq f (open (findfile \"wires.txt\") \"r\")) (list (read-line f) (read-line "
+         "f)))",
+         "(\"one\" \"two\")"},
+        {"(open \"/no/such/folder/x.txt\" \"w\")", "nil"},
+        {"(open \"missing.txt\" \"r\")", "nil"},
+        {"(getcfg \"AppData/Zel/Unset\")", "nil"},
+        {"(setcfg \"AppData/Zel/Last\" \"RED_1\")", "\"RED_1\""},
+        {"(getcfg \"AppData/Zel/Last\")", "\"RED_1\""},
+        {"(setcfg \"AppData/Zel/Last\" \"\")", "\"\""},
+        {"(getcfg \"AppData/Zel/Last\")", "\"\""},
+        {"(wcmatch (ver) \"Orvex LISP #*\")", "T"},
+        // The settings store lives in the test folder too.
+        {"(vl-directory-files \"..\" \"*\" 1)", "(\"Orvex\" \"support\" \"work\")"},
+        {"(vl-directory-files \"../support\" \"*.TXT\" -1)", "(\"wires.txt\")"},
+        {"(vl-directory-files \"../support\" \"*.dwg\")", "nil"},
+        {"(vl-directory-files \"/no/such/folder\")", "nil"},
+    });
+    expectErrors({
+        {"(open path \"rw\")", "open"},
+        {"(open path \"R\")", "open"},
+        {"(open 5 \"r\")", "open"},
+        {"(progn (close f) (read-line f))", "read-line: the file"},
+        {"(progn (setq g (open path \"r\")) (write-line \"x\" g))", "not open for writing"},
+        {"(progn (setq g (open path \"w\")) (read-char g))", "not open for reading"},
+        {"(write-char -1)", "write-char"},
+        {"(write-line 5)", "write-line"},
+        {"(close \"f\")", "close"},
+        {"(getcfg \"Zel/Last\")", "getcfg"},
+        {"(setcfg \"AppData/Zel/Last\" 5)", "setcfg"},
+        {"(findfile nil)", "findfile"},
+    });
+    eval(QStringLiteral("(close g)"));
+    // The value went to the settings store, where the next session finds it.
+    QSettings store(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("Orvex"),
+                    QStringLiteral("R26"));
+    EXPECT_TRUE(store.contains(QStringLiteral("AppData/Zel/Last")));
+    // Typed input read as lines and characters.
+    eval(QStringLiteral("(orvex-queue-input \"ab\")"));
+    expectValues({{"(list (read-char) (read-line))", "(97 \"b\")"}});
+}
+
+// Every function the dialect's scripts were missing is bound now.
+TEST_F(LispLibrary, EveryFunctionIsBound) {
+    const char* names[] = {"rem",       "zerop",      "minusp",   "numberp",   "lsh",
+                           "boole",     "~",          "gcd",      "1+",        "1-",
+                           "abs",       "max",        "min",      "expt",      "sqrt",
+                           "exp",       "log",        "sin",      "cos",       "atan",
+                           "fix",       "float",      "logand",   "logior",    "+",
+                           "-",         "*",          "/",        "<",         ">",
+                           "<=",        ">=",         "ascii",    "chr",       "wcmatch",
+                           "distof",    "angtos",     "angtof",   "snvalid",   "rtos",
+                           "read",      "subst",      "boundp",   "set",       "apply",
+                           "last",      "caar",       "cadr",     "cdar",      "cddr",
+                           "caaar",     "caadr",      "cadar",    "caddr",     "cdaar",
+                           "cdadr",     "cddar",      "cdddr",    "caaaar",    "caaadr",
+                           "caadar",    "caaddr",     "cadaar",   "cadadr",    "caddar",
+                           "cadddr",    "cdaaar",     "cdaadr",   "cdadar",    "cdaddr",
+                           "cddaar",    "cddadr",     "cdddar",   "cddddr",    "length",
+                           "reverse",   "append",     "member",   "assoc",     "entmod",
+                           "entupd",    "entdel",     "handent",  "regapp",    "ssget",
+                           "ssadd",     "ssdel",      "sslength", "ssname",    "ssmemb",
+                           "command",   "getstring",  "getint",   "getreal",   "getpoint",
+                           "getkword",  "getdist",    "getangle", "initget",   "alert",
+                           "findfile",  "open",       "close",    "read-line", "write-line",
+                           "read-char", "write-char", "getcfg",   "setcfg",    "ver",
+                           "polar",     "distance",   "angle",    "inters",    "orvex-queue-input"};
+    for (const char* name : names) {
+        const lisp::EvalResult result =
+            lisp::evalString(QStringLiteral("(procedure? %1)").arg(QString::fromUtf8(name)));
+        EXPECT_TRUE(result.ok && result.value == u"T")
+            << name << ": " << result.error.toStdString();
+    }
+    expectValues({{"(numberp pi)", "T"}});
+    // No name carries another program's prefix: what is new is the dialect's or the host's.
+    const lisp::EvalResult exported = lisp::evalString(QStringLiteral(
+        "(let ((found '())) (module-for-each (lambda (name var) (if (string-prefix? \"vlax\" "
+        "(symbol->string name)) (setq found (cons name found)))) (module-public-interface "
+        "(resolve-module '(orvex host)))) found)"));
+    EXPECT_TRUE(exported.ok) << exported.error.toStdString();
+    EXPECT_EQ(exported.value, QStringLiteral("nil"));
+}
+
+} // namespace
