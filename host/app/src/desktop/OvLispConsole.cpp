@@ -7,7 +7,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScrollBar>
-#include <QShortcut>
+#include <QKeyEvent>
 #include <QSplitter>
 #include <QVBoxLayout>
 
@@ -38,9 +38,8 @@ OvLispConsole::OvLispConsole(QWidget* parent)
     connect(m_evaluateButton, &QPushButton::clicked, this, &OvLispConsole::evaluate);
     connect(m_loadButton, &QPushButton::clicked, this, &OvLispConsole::chooseFile);
     connect(m_clearButton, &QPushButton::clicked, m_transcript, &QPlainTextEdit::clear);
-    auto* shortcut = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Return), m_editor);
-    shortcut->setContext(Qt::WidgetShortcut);
-    connect(shortcut, &QShortcut::activated, this, &OvLispConsole::evaluate);
+    // The editor takes Ctrl+Return as a line break before any shortcut sees it.
+    m_editor->installEventFilter(this);
 
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(m_evaluateButton);
@@ -121,4 +120,16 @@ void OvLispConsole::show(const Result& result) {
     const QString line = QStringLiteral("; error: %1").arg(result.error);
     if (!transcript().trimmed().endsWith(line))
         print(line + u'\n');
+}
+
+bool OvLispConsole::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == m_editor && event->type() == QEvent::KeyPress) {
+        const auto* key = static_cast<QKeyEvent*>(event);
+        if ((key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) &&
+            key->modifiers().testFlag(Qt::ControlModifier)) {
+            evaluate();
+            return true;
+        }
+    }
+    return QWidget::eventFilter(watched, event);
 }

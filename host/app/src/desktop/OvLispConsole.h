@@ -38,6 +38,9 @@ public:
     void loadFile(const QString& path);
     void chooseFile();
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     void show(const Result& result);
 

@@ -187,7 +187,7 @@ void OvMainWindow::buildMenus() {
            [this] { saveDocument(activeDocument()); });
     action(file, tr("Save &as..."), "fileSaveAs", QKeySequence::SaveAs,
            [this] { saveDocumentAs(activeDocument()); });
-    action(file, tr("&Close"), "fileClose", QKeySequence::Close,
+    action(file, tr("&Close"), "fileClose", QKeySequence(Qt::CTRL | Qt::Key_W),
            [this] { closeDocument(activeDocument()); });
     file->addSeparator();
     action(file, tr("&Quit"), "fileQuit", QKeySequence::Quit, [this] { close(); });
