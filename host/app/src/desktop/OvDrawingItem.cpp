@@ -52,7 +52,17 @@ void OvDrawingItem::paint(QPainter* painter, const QStyleOptionGraphicsItem* opt
     if (pixelsPerUnit <= 0.0)
         return;
 
-    drawing.query(option->exposedRect, m_segmentHits, m_textHits);
+    // Not every painter says what is exposed (QGraphicsView::render does not): what the
+    // device shows, and the clip, bound it as well.
+    QRectF area = option->exposedRect;
+    if (const QPaintDevice* device = painter->device()) {
+        const QRectF shown = painter->worldTransform().inverted().mapRect(
+            QRectF(0, 0, device->width(), device->height()));
+        area = area.isEmpty() ? shown : area.intersected(shown);
+    }
+    if (painter->hasClipping())
+        area = area.intersected(painter->clipBoundingRect());
+    drawing.query(area, m_segmentHits, m_textHits);
     const auto& layers = drawing.layers();
     m_touched.clear();
     for (const std::uint32_t i : m_segmentHits) {

@@ -224,6 +224,10 @@ void OvDrawingSnapshot::addBlockReference(OvDbObjectId referenceId, int layer) {
                 m_hasWd_m = true;
                 m_wireLayers = attribute->textString();
             }
+            // The attributes of WD_M are the drawing's settings, not a part of the sheet:
+            // they stay out of sight, as in the add-on's own drawings.
+            if (isWd_m)
+                continue;
             const OvGePoint3d p = attribute->position();
             m_texts.push_back({QPointF(p.x, p.y), attribute->textString(), layer, referenceId});
         }
