@@ -36,12 +36,17 @@ OvLayerPanel::OvLayerPanel(QWidget* parent)
     m_table->verticalHeader()->setDefaultSectionSize(m_table->fontMetrics().height() + 6);
     m_table->horizontalHeader()->setStretchLastSection(true);
     m_table->horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
-    m_table->setColumnWidth(OvLayerModel::Name, 130);
-    m_table->setColumnWidth(OvLayerModel::Color, 80);
-    m_table->setColumnWidth(OvLayerModel::Linetype, 90);
-    m_table->setColumnWidth(OvLayerModel::LineWeight, 80);
-    m_table->setColumnWidth(OvLayerModel::InUse, 55);
-    m_table->setColumnWidth(OvLayerModel::WireType, 70);
+    // Widths from the texts they hold, not from the rows: a drawing may have ten thousand.
+    const QFontMetrics metrics = m_table->fontMetrics();
+    const auto fit = [&](int column, const QString& sample) {
+        m_table->setColumnWidth(column, metrics.horizontalAdvance(sample) + 24);
+    };
+    fit(OvLayerModel::Name, QStringLiteral("GNYE_2.5_X"));
+    fit(OvLayerModel::Color, QStringLiteral("MMmagenta"));
+    fit(OvLayerModel::Linetype, QStringLiteral("Continuous"));
+    fit(OvLayerModel::LineWeight, QStringLiteral("Lineweight"));
+    fit(OvLayerModel::InUse, QStringLiteral("In use"));
+    fit(OvLayerModel::WireType, QStringLiteral("Wire type"));
 
     m_patterns->setObjectName(QStringLiteral("wireLayerPatterns"));
     m_patterns->setWordWrap(true);

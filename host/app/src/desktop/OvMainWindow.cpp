@@ -49,14 +49,14 @@ QString drawingFilter() {
                        "Templates (*.dwt);;All files (*)");
 }
 
-// Where the user documentation lies: beside the installed program, or in the source tree
-// of a build.
+// Where the user documentation lies: in share/doc/orvex of an installation (the program
+// is in lib/orvex), or in the source tree of a build.
 QString docsFolder() {
     const QString fromEnvironment = qEnvironmentVariable("ORVEX_DOCS_DIR");
     if (!fromEnvironment.isEmpty())
         return fromEnvironment;
     const QDir program(QCoreApplication::applicationDirPath());
-    const QString installed = program.absoluteFilePath(QStringLiteral("../share/doc/orvex"));
+    const QString installed = program.absoluteFilePath(QStringLiteral("../../share/doc/orvex"));
     if (QFileInfo::exists(installed + QStringLiteral("/user-guide.md")))
         return installed;
 #ifdef ORVEX_SOURCE_DOCS_DIR
@@ -156,7 +156,7 @@ void OvMainWindow::buildDocks() {
     tabifyDockWidget(m_layerDock, m_consoleDock);
     m_layerDock->raise();
     resizeDocks({m_commandDock}, {170}, Qt::Vertical);
-    resizeDocks({m_layerDock}, {520}, Qt::Horizontal);
+    resizeDocks({m_layerDock}, {600}, Qt::Horizontal);
 }
 
 void OvMainWindow::buildMenus() {
@@ -720,7 +720,7 @@ void OvMainWindow::restoreSettings() {
     settings.beginGroup(kSettingsGroup);
     m_recent = settings.value(QStringLiteral("recentFiles")).toStringList();
     if (!restoreGeometry(settings.value(QStringLiteral("geometry")).toByteArray()))
-        resize(1200, 800);
+        resize(1280, 860);
     restoreState(settings.value(QStringLiteral("windowState")).toByteArray());
     rebuildRecentMenu();
 }
