@@ -78,8 +78,8 @@ void generate(OvDbDatabase& db, int layers, int lines) {
     ovdbOpenObject(model, db.modelSpaceId(), OvDb::kForWrite);
     auto* reference = new OvDbBlockReference(OvGePoint3d(0, -20, 0), wdmId);
     model->appendOvDbEntity(reference);
-    auto* attribute = new OvDbAttribute(OvGePoint3d(0, -20, 0), patterns.join(u','),
-                                        QStringLiteral("WIRELAYS"));
+    auto* attribute =
+        new OvDbAttribute(OvGePoint3d(0, -20, 0), patterns.join(u','), QStringLiteral("WIRELAYS"));
     reference->appendAttribute(attribute);
     attribute->close();
     reference->close();

@@ -119,8 +119,7 @@ void OvCommandLine::recall(int step) {
     if (m_historyPos == m_history.size())
         m_pending = m_input->text();
     m_historyPos = std::clamp(m_historyPos + step, 0, static_cast<int>(m_history.size()));
-    m_input->setText(m_historyPos == m_history.size() ? m_pending
-                                                      : m_history.at(m_historyPos));
+    m_input->setText(m_historyPos == m_history.size() ? m_pending : m_history.at(m_historyPos));
 }
 
 bool OvCommandLine::eventFilter(QObject* watched, QEvent* event) {

@@ -69,15 +69,13 @@ int OvDesktopInput::entSel(const QString& prompt, ov_name name, double point[3])
     OvDbObjectId hit;
     QEventLoop loop;
     QPointer<OvDrawingView> guard(view);
-    const auto pickConnection =
-        QObject::connect(view, &OvDrawingView::pointPicked, &loop,
-                         [&](const QPointF& at, double tolerance) {
-                             picked = at;
-                             hit = view->snapshot() ? view->snapshot()->pick(at, tolerance)
-                                                    : OvDbObjectId();
-                             status = hit.isNull() ? RTERROR : RTNORM;
-                             loop.quit();
-                         });
+    const auto pickConnection = QObject::connect(
+        view, &OvDrawingView::pointPicked, &loop, [&](const QPointF& at, double tolerance) {
+            picked = at;
+            hit = view->snapshot() ? view->snapshot()->pick(at, tolerance) : OvDbObjectId();
+            status = hit.isNull() ? RTERROR : RTNORM;
+            loop.quit();
+        });
     QObject::connect(view, &QObject::destroyed, &loop, [&] {
         status = RTCAN;
         loop.quit();
@@ -127,10 +125,9 @@ int OvDesktopInput::getFileD(const QString& title, const QString& defaultPath,
         options |= QFileDialog::DontConfirmOverwrite;
     const QString filter = nameFilter(extension);
     const QString chosen =
-        forSaving ? QFileDialog::getSaveFileName(m_window, title, defaultPath, filter, nullptr,
-                                                 options)
-                  : QFileDialog::getOpenFileName(m_window, title, defaultPath, filter, nullptr,
-                                                 options);
+        forSaving
+            ? QFileDialog::getSaveFileName(m_window, title, defaultPath, filter, nullptr, options)
+            : QFileDialog::getOpenFileName(m_window, title, defaultPath, filter, nullptr, options);
     if (chosen.isEmpty())
         return RTCAN;
     path = QFileInfo(chosen).absoluteFilePath();

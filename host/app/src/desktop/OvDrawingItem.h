@@ -19,8 +19,7 @@ public:
     const std::shared_ptr<const OvDrawingSnapshot>& snapshot() const { return m_snapshot; }
 
     QRectF boundingRect() const override;
-    void paint(QPainter* painter, const QStyleOptionGraphicsItem* option,
-               QWidget* widget) override;
+    void paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget* widget) override;
 
     // Lines drawn by the last paint, for the benchmarks and the status bar.
     std::size_t lastSegmentsDrawn() const { return m_lastSegments; }

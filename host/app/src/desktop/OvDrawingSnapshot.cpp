@@ -20,7 +20,14 @@ constexpr int kMaxBlockDepth = 8;
 bool isWildcardFree(const QString& pattern) {
     for (const QChar c : pattern) {
         switch (c.unicode()) {
-        case '*': case '?': case '#': case '@': case '[': case ']': case '~': case '`':
+        case '*':
+        case '?':
+        case '#':
+        case '@':
+        case '[':
+        case ']':
+        case '~':
+        case '`':
             return false;
         default:
             break;
@@ -257,15 +264,14 @@ void OvDrawingSnapshot::addBlockReference(OvDbObjectId referenceId, int layer) {
             if (auto* line = OvDbLine::cast(entity.get())) {
                 const OvGePoint3d a = line->startPoint();
                 const OvGePoint3d b = line->endPoint();
-                m_segments.push_back({QLineF(QPointF(a.x, a.y) + frame.offset,
-                                             QPointF(b.x, b.y) + frame.offset),
-                                      entityLayer, referenceId});
+                m_segments.push_back(
+                    {QLineF(QPointF(a.x, a.y) + frame.offset, QPointF(b.x, b.y) + frame.offset),
+                     entityLayer, referenceId});
             } else if (auto* nested = OvDbBlockReference::cast(entity.get())) {
                 if (frame.depth + 1 < kMaxBlockDepth) {
                     const OvGePoint3d at = nested->position();
-                    work.push_back({nested->blockTableRecord(),
-                                    frame.offset + QPointF(at.x, at.y), entityLayer,
-                                    frame.depth + 1});
+                    work.push_back({nested->blockTableRecord(), frame.offset + QPointF(at.x, at.y),
+                                    entityLayer, frame.depth + 1});
                 }
             }
         }
@@ -322,8 +328,8 @@ void OvDrawingSnapshot::matchPatterns() {
     for (Layer& layer : m_layers) {
         const QString name = layer.name.toUpper();
         int first = std::numeric_limits<int>::max();
-        for (auto it = plain.constFind(dotKey(name)); it != plain.cend() && it.key() == dotKey(name);
-             ++it) {
+        for (auto it = plain.constFind(dotKey(name));
+             it != plain.cend() && it.key() == dotKey(name); ++it) {
             if (wcMatch(name, patterns.at(it.value()).toUpper())) {
                 used[static_cast<std::size_t>(it.value())] = true;
                 first = std::min(first, it.value());
@@ -393,8 +399,8 @@ void OvDrawingSnapshot::buildIndex() {
                         m_columns - 1);
         c1 = std::clamp(static_cast<int>((b.right() - m_extents.left()) / m_cellWidth), 0,
                         m_columns - 1);
-        r0 = std::clamp(static_cast<int>((b.top() - m_extents.top()) / m_cellHeight), 0,
-                        m_rows - 1);
+        r0 =
+            std::clamp(static_cast<int>((b.top() - m_extents.top()) / m_cellHeight), 0, m_rows - 1);
         r1 = std::clamp(static_cast<int>((b.bottom() - m_extents.top()) / m_cellHeight), 0,
                         m_rows - 1);
     };
@@ -432,14 +438,14 @@ void OvDrawingSnapshot::query(const QRectF& area, std::vector<std::uint32_t>& se
         m_stamp = 1;
     }
     const QRectF a = area.normalized();
-    const int c0 = std::clamp(static_cast<int>((a.left() - m_extents.left()) / m_cellWidth), 0,
-                              m_columns - 1);
+    const int c0 =
+        std::clamp(static_cast<int>((a.left() - m_extents.left()) / m_cellWidth), 0, m_columns - 1);
     const int c1 = std::clamp(static_cast<int>((a.right() - m_extents.left()) / m_cellWidth), 0,
                               m_columns - 1);
-    const int r0 = std::clamp(static_cast<int>((a.top() - m_extents.top()) / m_cellHeight), 0,
-                              m_rows - 1);
-    const int r1 = std::clamp(static_cast<int>((a.bottom() - m_extents.top()) / m_cellHeight), 0,
-                              m_rows - 1);
+    const int r0 =
+        std::clamp(static_cast<int>((a.top() - m_extents.top()) / m_cellHeight), 0, m_rows - 1);
+    const int r1 =
+        std::clamp(static_cast<int>((a.bottom() - m_extents.top()) / m_cellHeight), 0, m_rows - 1);
     const std::uint32_t segmentCount = static_cast<std::uint32_t>(m_segments.size());
     for (int r = r0; r <= r1; ++r) {
         for (int c = c0; c <= c1; ++c) {
@@ -476,7 +482,8 @@ OvDbObjectId OvDrawingSnapshot::pick(const QPointF& point, double tolerance) con
     }
     if (best.isNull()) {
         for (const std::uint32_t i : texts) {
-            if (textBounds(m_texts[i]).adjusted(-tolerance, -tolerance, tolerance, tolerance)
+            if (textBounds(m_texts[i])
+                    .adjusted(-tolerance, -tolerance, tolerance, tolerance)
                     .contains(point))
                 return m_texts[i].entity;
         }

@@ -43,7 +43,7 @@ QVariant OvLayerModel::data(const QModelIndex& index, int role) const {
             return layer.name;
         case Color:
             return layer.colorIndex >= 1 && layer.colorIndex <= 7
-                       ? QStringList{tr("red"), tr("yellow"), tr("green"), tr("cyan"),
+                       ? QStringList{tr("red"),  tr("yellow"),  tr("green"), tr("cyan"),
                                      tr("blue"), tr("magenta"), tr("white")}
                              .at(layer.colorIndex - 1)
                        : QString::number(layer.colorIndex);

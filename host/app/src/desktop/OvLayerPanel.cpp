@@ -76,7 +76,8 @@ void OvLayerPanel::setSnapshot(std::shared_ptr<const OvDrawingSnapshot> snapshot
         if (!snapshot->idlePatterns().isEmpty())
             note += QStringLiteral("<br><span style=\"color:#d04040\">%1</span>")
                         .arg(tr("Patterns that catch no layer: %1")
-                                 .arg(snapshot->idlePatterns().join(QStringLiteral(", "))
+                                 .arg(snapshot->idlePatterns()
+                                          .join(QStringLiteral(", "))
                                           .toHtmlEscaped()));
     }
     m_patterns->setText(note);

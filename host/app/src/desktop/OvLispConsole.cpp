@@ -4,10 +4,10 @@
 #include <QFileInfo>
 #include <QFontDatabase>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScrollBar>
-#include <QKeyEvent>
 #include <QSplitter>
 #include <QVBoxLayout>
 
@@ -102,9 +102,9 @@ void OvLispConsole::loadFile(const QString& path) {
 }
 
 void OvLispConsole::chooseFile() {
-    const QString path = QFileDialog::getOpenFileName(
-        this, tr("Load a LISP file"), QString(), tr("LISP files (*.lsp *.scm);;All files (*)"),
-        nullptr, QFileDialog::DontUseNativeDialog);
+    const QString path = QFileDialog::getOpenFileName(this, tr("Load a LISP file"), QString(),
+                                                      tr("LISP files (*.lsp *.scm);;All files (*)"),
+                                                      nullptr, QFileDialog::DontUseNativeDialog);
     if (!path.isEmpty())
         loadFile(path);
 }

@@ -25,13 +25,16 @@
 #include <QDockWidget>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QImage>
 #include <QLabel>
 #include <QMenuBar>
 #include <QProgressDialog>
 #include <QSettings>
 #include <QStatusBar>
 #include <QTabWidget>
+#include <QTextBlock>
 #include <QTextBrowser>
+#include <QTextCursor>
 #include <QVBoxLayout>
 
 namespace {
@@ -170,8 +173,11 @@ void OvMainWindow::buildMenus() {
         return a;
     };
 
+    // Keys spelled out rather than the platform's standard ones, which a platform without
+    // a theme leaves empty.
     QMenu* file = menuBar()->addMenu(tr("&File"));
-    action(file, tr("&New"), "fileNew", QKeySequence::New, [this] { newDrawing(); });
+    action(file, tr("&New"), "fileNew", QKeySequence(Qt::CTRL | Qt::Key_N),
+           [this] { newDrawing(); });
     action(file, tr("New from &template..."), "fileNewFromTemplate", {}, [this] {
         const QString path = QFileDialog::getOpenFileName(
             this, tr("New drawing from a template"), {}, tr("Templates (*.dwt);;Drawings (*.dwg)"),
@@ -179,18 +185,19 @@ void OvMainWindow::buildMenus() {
         if (!path.isEmpty())
             newDrawing(path);
     });
-    action(file, tr("&Open..."), "fileOpen", QKeySequence::Open, [this] { chooseAndOpen(); });
+    action(file, tr("&Open..."), "fileOpen", QKeySequence(Qt::CTRL | Qt::Key_O),
+           [this] { chooseAndOpen(); });
     m_recentMenu = file->addMenu(tr("Open &recent"));
     m_recentMenu->setObjectName(QStringLiteral("fileRecent"));
     file->addSeparator();
-    action(file, tr("&Save"), "fileSave", QKeySequence::Save,
+    action(file, tr("&Save"), "fileSave", QKeySequence(Qt::CTRL | Qt::Key_S),
            [this] { saveDocument(activeDocument()); });
-    action(file, tr("Save &as..."), "fileSaveAs", QKeySequence::SaveAs,
+    action(file, tr("Save &as..."), "fileSaveAs", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S),
            [this] { saveDocumentAs(activeDocument()); });
     action(file, tr("&Close"), "fileClose", QKeySequence(Qt::CTRL | Qt::Key_W),
            [this] { closeDocument(activeDocument()); });
     file->addSeparator();
-    action(file, tr("&Quit"), "fileQuit", QKeySequence::Quit, [this] { close(); });
+    action(file, tr("&Quit"), "fileQuit", QKeySequence(Qt::CTRL | Qt::Key_Q), [this] { close(); });
 
     QMenu* project = menuBar()->addMenu(tr("&Project"));
     action(project, tr("&Open project..."), "projectOpen", {}, [this] { chooseAndOpenProject(); });
@@ -216,11 +223,11 @@ void OvMainWindow::buildMenus() {
         if (OvDrawingView* v = activeView())
             v->zoomExtents();
     });
-    action(view, tr("Zoom &in"), "viewZoomIn", QKeySequence::ZoomIn, [this] {
+    action(view, tr("Zoom &in"), "viewZoomIn", QKeySequence(Qt::CTRL | Qt::Key_Plus), [this] {
         if (OvDrawingView* v = activeView())
             v->zoomBy(1.25);
     });
-    action(view, tr("Zoom &out"), "viewZoomOut", QKeySequence::ZoomOut, [this] {
+    action(view, tr("Zoom &out"), "viewZoomOut", QKeySequence(Qt::CTRL | Qt::Key_Minus), [this] {
         if (OvDrawingView* v = activeView())
             v->zoomBy(0.8);
     });
@@ -237,7 +244,8 @@ void OvMainWindow::buildMenus() {
     action(m_wireTypeMenu, tr("&Set the wire type..."), "wireTypesSet", {},
            [this] { runWireTypeLisp(QStringLiteral("(zel_wire_type_sel \"1\")")); });
     action(m_wireTypeMenu, tr("&Change wires by picking..."), "wireTypesChange", {}, [this] {
-        runWireTypeLisp(QStringLiteral("(zel_wire_type_sel \"0\" (entsel \"\\nSelect a wire: \"))"));
+        runWireTypeLisp(
+            QStringLiteral("(zel_wire_type_sel \"0\" (entsel \"\\nSelect a wire: \"))"));
     });
     action(m_wireTypeMenu, tr("&Import wire types from a drawing..."), "wireTypesImport", {},
            [this] {
@@ -255,7 +263,7 @@ void OvMainWindow::buildMenus() {
     });
 
     QMenu* help = menuBar()->addMenu(tr("&Help"));
-    action(help, tr("&User guide"), "helpGuide", QKeySequence::HelpContents,
+    action(help, tr("&User guide"), "helpGuide", QKeySequence(Qt::Key_F1),
            [this] { showHelp(QStringLiteral("user-guide"), {}); });
     action(help, tr("&About Orvex"), "helpAbout", {}, [this] {
         platform::messageBox(tr("Orvex %1, the CAD host of the Zel electrical add-on.")
@@ -363,8 +371,8 @@ void OvMainWindow::refreshTitles() {
             title += tr(" [read-only]");
         const int index = m_tabs->indexOf(it.value());
         m_tabs->setTabText(index, title);
-        m_tabs->setTabToolTip(index, doc->fileName().isEmpty() ? tr("Not saved yet")
-                                                               : doc->fileName());
+        m_tabs->setTabToolTip(index,
+                              doc->fileName().isEmpty() ? tr("Not saved yet") : doc->fileName());
     }
     ZelPrmProject* project = GetProjectManager()->activeProject();
     const QString projectName = project ? project->name() : tr("no project");
@@ -430,9 +438,8 @@ bool OvMainWindow::openDrawing(const QString& path) {
     const Orvex::ErrorStatus status = manager->openDocument(path, &document);
     progress.reset();
     if (status != Orvex::eOk || !document) {
-        complain(manager->lastErrorMessage().isEmpty()
-                     ? tr("Cannot open \"%1\".").arg(path)
-                     : manager->lastErrorMessage());
+        complain(manager->lastErrorMessage().isEmpty() ? tr("Cannot open \"%1\".").arg(path)
+                                                       : manager->lastErrorMessage());
         return false;
     }
     addRecent(QFileInfo(path).absoluteFilePath());
@@ -502,9 +509,9 @@ bool OvMainWindow::saveDocumentAs(OvApDocument* document, const QString& givenPa
 bool OvMainWindow::askToSave(OvApDocument* document) {
     if (!document->database() || !document->database()->isModified())
         return true;
-    const int answer = platform::messageBox(
-        tr("Save the changes to %1?").arg(document->docTitle()), QStringLiteral("Orvex"),
-        platform::MB_YESNOCANCEL | platform::MB_ICONQUESTION);
+    const int answer = platform::messageBox(tr("Save the changes to %1?").arg(document->docTitle()),
+                                            QStringLiteral("Orvex"),
+                                            platform::MB_YESNOCANCEL | platform::MB_ICONQUESTION);
     if (answer == platform::IDCANCEL)
         return false;
     if (answer == platform::IDYES)
@@ -545,9 +552,8 @@ void OvMainWindow::closeProject() {
 }
 
 void OvMainWindow::chooseAndOpen() {
-    const QStringList paths =
-        QFileDialog::getOpenFileNames(this, tr("Open drawings"), {}, drawingFilter(), nullptr,
-                                      QFileDialog::DontUseNativeDialog);
+    const QStringList paths = QFileDialog::getOpenFileNames(
+        this, tr("Open drawings"), {}, drawingFilter(), nullptr, QFileDialog::DontUseNativeDialog);
     for (const QString& path : paths)
         openDrawing(path);
 }
@@ -563,7 +569,8 @@ void OvMainWindow::chooseAndOpenProject() {
 void OvMainWindow::complain(const QString& message) {
     m_commandLine->startLine();
     print(QStringLiteral("; error: %1\n").arg(message));
-    platform::messageBox(message, QStringLiteral("Orvex"), platform::MB_OK | platform::MB_ICONERROR);
+    platform::messageBox(message, QStringLiteral("Orvex"),
+                         platform::MB_OK | platform::MB_ICONERROR);
 }
 
 // --- the command line ----------------------------------------------------------------------
@@ -677,6 +684,24 @@ void OvMainWindow::showHelp(const QString& file, const QString& topic) {
     }
     browser->setSearchPaths({QFileInfo(page).absolutePath(), docs.path()});
     browser->setSource(QUrl::fromLocalFile(page), QTextDocument::MarkdownResource);
+    // Screenshots are as wide as the screen they were taken on: fit them to the window.
+    QTextCursor cursor(browser->document());
+    for (QTextBlock block = browser->document()->begin(); block.isValid(); block = block.next()) {
+        for (auto it = block.begin(); !it.atEnd(); ++it) {
+            QTextImageFormat image = it.fragment().charFormat().toImageFormat();
+            if (!image.isValid())
+                continue;
+            const QImage picture(QFileInfo(page).absoluteDir().filePath(image.name()));
+            if (picture.isNull() || picture.width() <= 640)
+                continue;
+            image.setWidth(640);
+            image.setHeight(640.0 * picture.height() / picture.width());
+            cursor.setPosition(it.fragment().position());
+            cursor.setPosition(it.fragment().position() + it.fragment().length(),
+                               QTextCursor::KeepAnchor);
+            cursor.setCharFormat(image);
+        }
+    }
     dialog->setWindowTitle(tr("Orvex help - %1").arg(QFileInfo(page).completeBaseName()));
     dialog->show();
     dialog->raise();

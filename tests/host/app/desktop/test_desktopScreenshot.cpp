@@ -61,9 +61,9 @@ TEST(DesktopOnScreen, TheMainWindowDrawsTheDemoDrawing) {
 
     QProcess run;
     run.setProcessEnvironment(environment);
-    run.start(xvfb, {QStringLiteral("-a"), QStringLiteral("-s"),
-                     QStringLiteral("-screen 0 1280x1024x24"), QStringLiteral("sh"),
-                     QStringLiteral("-c"), script});
+    run.start(xvfb,
+              {QStringLiteral("-a"), QStringLiteral("-s"), QStringLiteral("-screen 0 1280x1024x24"),
+               QStringLiteral("sh"), QStringLiteral("-c"), script});
     ASSERT_TRUE(run.waitForStarted());
 
     // The red and blue wires of the demo, in their layers' colours on the view's ground.
@@ -84,8 +84,8 @@ TEST(DesktopOnScreen, TheMainWindowDrawsTheDemoDrawing) {
     QFile(stop).open(QIODevice::WriteOnly);
     run.waitForFinished(60000);
     EXPECT_TRUE(drawn) << "no drawing on screen; last capture: " << image.width() << "x"
-                       << image.height() << ", output: "
-                       << run.readAllStandardError().toStdString();
+                       << image.height()
+                       << ", output: " << run.readAllStandardError().toStdString();
 }
 
 } // namespace

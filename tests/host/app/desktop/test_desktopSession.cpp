@@ -87,9 +87,7 @@ protected:
         return lisp(QStringLiteral("(entlast)"));
     }
 
-    QPoint middleOfLine() const {
-        return view()->viewportPoint(QPointF(5050.0, 5000.0));
-    }
+    QPoint middleOfLine() const { return view()->viewportPoint(QPointF(5050.0, 5000.0)); }
 };
 
 TEST_F(DesktopSession, OpensTheDemoProjectAndDrawing) {
@@ -97,8 +95,8 @@ TEST_F(DesktopSession, OpensTheDemoProjectAndDrawing) {
     QTabWidget* tabs = window()->tabs();
     ASSERT_EQ(tabs->count(), 1);
     EXPECT_EQ(tabs->tabText(0), QStringLiteral("demo.dwg"));
-    EXPECT_TRUE(window()->windowTitle().contains(QStringLiteral("Demo"))) <<
-        window()->windowTitle().toStdString();
+    EXPECT_TRUE(window()->windowTitle().contains(QStringLiteral("Demo")))
+        << window()->windowTitle().toStdString();
     ASSERT_NE(view(), nullptr);
     EXPECT_GT(view()->snapshot()->segments().size(), 0u);
     // The panel lists every layer of the file, read here without the windows' help.
@@ -146,7 +144,8 @@ TEST_F(DesktopSession, AClickInTheViewAnswersTheCommandsPickAndEscCancelsIt) {
     EXPECT_EQ(s_pick.status, RTERROR);
 
     // LISP's entsel goes the same way.
-    whileWaiting([&] { QTest::mouseClick(view()->viewport(), Qt::LeftButton, {}, middleOfLine()); });
+    whileWaiting(
+        [&] { QTest::mouseClick(view()->viewport(), Qt::LeftButton, {}, middleOfLine()); });
     type(QStringLiteral("(setq picked (entsel))"));
     EXPECT_EQ(lisp(QStringLiteral("(equal (car picked) (entlast))")), QStringLiteral("T"));
     EXPECT_FALSE(line.isEmpty());
@@ -164,7 +163,8 @@ TEST_F(DesktopSession, CommandLineRunsCommandsAndLispWithHistoryAndCompletion) {
     input->clear();
 
     type(QStringLiteral("(+ 1 2)"));
-    EXPECT_TRUE(output().endsWith(QStringLiteral("Command: (+ 1 2)\n3\n"))) << output().toStdString();
+    EXPECT_TRUE(output().endsWith(QStringLiteral("Command: (+ 1 2)\n3\n")))
+        << output().toStdString();
     type(QStringLiteral("(car 1)"));
     EXPECT_TRUE(output().contains(QStringLiteral("; error: car"))) << output().toStdString();
     type(QStringLiteral("NoSuchCommand"));
@@ -255,6 +255,30 @@ TEST_F(DesktopSession, SavesClosesAndOpensAgainFromRecentFiles) {
     EXPECT_EQ(view()->snapshot()->segments().size(), lines);
 }
 
+TEST_F(DesktopSession, QuittingAsksAboutEachUnsavedDrawingAndCancelKeepsTheWindow) {
+    start({demoDrawing(), path(QStringLiteral("drawings/import.dwg"))});
+    platform::MessageBoxScript boxes;
+    type(QStringLiteral("(entmake '((0 . \"LAYER\") (2 . \"UNSAVED\")))"));
+    boxes.answer(platform::IDCANCEL);
+    QTest::keyClick(window(), Qt::Key_Q, Qt::ControlModifier);
+    ASSERT_EQ(boxes.shown().size(), 1u); // only the changed drawing is asked about
+    EXPECT_TRUE(window()->isVisible());
+    EXPECT_EQ(window()->tabs()->count(), 2);
+
+    boxes.answer(platform::IDYES);
+    QTest::keyClick(window(), Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_FALSE(window()->isVisible());
+    EXPECT_EQ(manager()->documentCount(), 0);
+    // Yes saved the changed drawing before it closed.
+    OvDbDatabase saved(false, true);
+    ASSERT_EQ(saved.readDwgFile(demoDrawing().toStdWString().c_str()), Orvex::eOk);
+    OvDbLayerTable* table = nullptr;
+    ASSERT_EQ(saved.getSymbolTable(table, OvDb::kForRead), Orvex::eOk);
+    OvDbObjectId unsaved;
+    EXPECT_EQ(table->getIdAt(L"UNSAVED", unsaved), Orvex::eOk);
+    table->close();
+}
+
 TEST_F(DesktopSession, ADrawingHeldByAnotherSessionOpensReadOnlyAndSaysSo) {
     const QString held = path(QStringLiteral("drawings/import.dwg"));
     QFile lock(held + QStringLiteral(".ovlock"));
@@ -283,8 +307,8 @@ TEST_F(DesktopSession, LispConsoleEvaluatesAndLoadsFilesShowingValuesAndErrors) 
     QTest::keyClick(console->editor(), Qt::Key_Return);
     QTest::keyClicks(console->editor(), QStringLiteral("(* 2 21)"));
     QTest::mouseClick(evaluate, Qt::LeftButton);
-    EXPECT_TRUE(console->transcript().contains(QStringLiteral("hello"))) <<
-        console->transcript().toStdString();
+    EXPECT_TRUE(console->transcript().contains(QStringLiteral("hello")))
+        << console->transcript().toStdString();
     EXPECT_TRUE(console->transcript().endsWith(QStringLiteral("42\n")));
 
     console->editor()->clear();

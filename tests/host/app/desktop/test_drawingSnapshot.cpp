@@ -148,10 +148,10 @@ TEST_F(DrawingSnapshot, BlockLinesAreDrawnAtTheReferenceOnItsLayerAndPickTheRefe
         table->close();
     }
     const OvDbObjectId symbol = addBlock(L"SYMBOL");
-    addLine(symbol, 0, 0, 4, 0, zero);   // takes the reference's layer
-    addLine(symbol, 0, 0, 0, 4, blue);   // keeps its own
-    const OvDbObjectId reference = insert(symbol, 100, 50, red, QStringLiteral("TAG"),
-                                          QStringLiteral("K1"));
+    addLine(symbol, 0, 0, 4, 0, zero); // takes the reference's layer
+    addLine(symbol, 0, 0, 0, 4, blue); // keeps its own
+    const OvDbObjectId reference =
+        insert(symbol, 100, 50, red, QStringLiteral("TAG"), QStringLiteral("K1"));
 
     const OvDrawingSnapshot s(&db);
     ASSERT_EQ(s.segments().size(), 2u);
@@ -173,8 +173,8 @@ TEST_F(DrawingSnapshot, TheGridFindsEachItemOnceAndPicksTheNearestLine) {
     std::vector<OvDbObjectId> shortLines;
     for (int i = 0; i < 40; ++i)
         for (int j = 0; j < 40; ++j)
-            shortLines.push_back(addLine(db.modelSpaceId(), i * 10.0, j * 10.0, i * 10.0 + 5,
-                                         j * 10.0, layerId));
+            shortLines.push_back(
+                addLine(db.modelSpaceId(), i * 10.0, j * 10.0, i * 10.0 + 5, j * 10.0, layerId));
     const OvDbObjectId across = addLine(db.modelSpaceId(), -5, 3, 400, 3, layerId);
 
     const OvDrawingSnapshot s(&db);

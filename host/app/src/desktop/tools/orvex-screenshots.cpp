@@ -144,10 +144,13 @@ int main(int argc, char** argv) {
     console->editor()->setFocus();
     QTest::keyClicks(console->editor(), QStringLiteral("(setq n 0)"));
     QTest::keyClick(console->editor(), Qt::Key_Return);
-    QTest::keyClicks(console->editor(),
-                     QStringLiteral("(foreach l (layer-list) (if (vl-string-search \"_\" l) (setq n (+ n 1))))"));
+    QTest::keyClicks(
+        console->editor(),
+        QStringLiteral(
+            "(foreach l (layer-list) (if (vl-string-search \"_\" l) (setq n (+ n 1))))"));
     QTest::keyClick(console->editor(), Qt::Key_Return);
-    QTest::keyClicks(console->editor(), QStringLiteral("(princ (strcat \"Layers with a wire size: \" (itoa n)))"));
+    QTest::keyClicks(console->editor(),
+                     QStringLiteral("(princ (strcat \"Layers with a wire size: \" (itoa n)))"));
     QTest::mouseClick(console->findChild<QPushButton*>(QStringLiteral("lispEvaluate")),
                       Qt::LeftButton);
     shoot(QStringLiteral("lisp-console"), whole);
