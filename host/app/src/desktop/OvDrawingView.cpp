@@ -86,6 +86,7 @@ void OvDrawingView::zoomExtents() {
 }
 
 void OvDrawingView::zoomBy(double factor) {
+    m_autoFit = false;
     const double target = std::clamp(scale() * factor, kMinScale, kMaxScale);
     const double f = target / scale();
     QTransform t = transform();
@@ -94,6 +95,7 @@ void OvDrawingView::zoomBy(double factor) {
 }
 
 void OvDrawingView::panBy(const QPointF& pixels) {
+    m_autoFit = false;
     horizontalScrollBar()->setValue(horizontalScrollBar()->value() - qRound(pixels.x()));
     verticalScrollBar()->setValue(verticalScrollBar()->value() - qRound(pixels.y()));
 }
@@ -118,7 +120,6 @@ void OvDrawingView::wheelEvent(QWheelEvent* event) {
     // Keep the drawing point under the cursor where it is.
     const QPointF cursor = event->position();
     const QPointF before = mapToScene(cursor.toPoint());
-    m_autoFit = false;
     zoomBy(std::pow(kWheelStep, steps));
     const QPointF after = mapToScene(cursor.toPoint());
     const QPointF shift = mapFromScene(after) - mapFromScene(before);
@@ -146,7 +147,6 @@ void OvDrawingView::mouseMoveEvent(QMouseEvent* event) {
         if (!m_dragMoved)
             viewport()->setCursor(Qt::ClosedHandCursor);
         m_dragMoved = true;
-        m_autoFit = false;
         panBy(now - m_dragLast);
         m_dragLast = now;
         event->accept();
@@ -171,7 +171,6 @@ void OvDrawingView::mouseReleaseEvent(QMouseEvent* event) {
 
 void OvDrawingView::keyPressEvent(QKeyEvent* event) {
     const int step = 60;
-    m_autoFit = event->key() == Qt::Key_Home;
     switch (event->key()) {
     case Qt::Key_Plus:
     case Qt::Key_Equal:
@@ -199,6 +198,8 @@ void OvDrawingView::keyPressEvent(QKeyEvent* event) {
         QGraphicsView::keyPressEvent(event);
         return;
     }
+    if (event->key() == Qt::Key_Home)
+        m_autoFit = true;
     event->accept();
 }
 

@@ -7,6 +7,7 @@
 
 #include "ovcore/OvApDocManager.h"
 #include "ovcore/OvLisp.h"
+#include "platform/MessageBoxScript.h"
 
 #include <QApplication>
 #include <QDir>
@@ -47,7 +48,10 @@ protected:
             ASSERT_TRUE(QFile::copy(demo.filePath(file), path(file))) << file.toStdString();
     }
 
-    void TearDown() override { m_desktop.reset(); }
+    void TearDown() override {
+        m_desktop.reset();
+        m_boxes.reset();
+    }
 
     // Starts the session on the demo drawing, or on `drawings` when given.
     void start(QStringList drawings = {}) {
@@ -57,6 +61,9 @@ protected:
         const QString bin = QStringLiteral(ORVEX_BIN_DIR);
         m_desktop = std::make_unique<OvDesktop>(bin, bin);
         ASSERT_TRUE(m_desktop->start(options));
+        // A message box nobody answers would wait for ever: every box of a test is answered
+        // from the script (its default when the test queued nothing) and recorded.
+        m_boxes = std::make_unique<platform::MessageBoxScript>();
         window()->resize(1100, 800);
         ASSERT_TRUE(QTest::qWaitForWindowExposed(window()));
         // Shortcuts reach only the active window.
@@ -88,6 +95,9 @@ protected:
 
     QString output() const { return window()->commandLine()->output(); }
 
+    platform::MessageBoxScript& boxes() { return *m_boxes; }
+
     QTemporaryDir m_dir;
     std::unique_ptr<OvDesktop> m_desktop;
+    std::unique_ptr<platform::MessageBoxScript> m_boxes;
 };

@@ -216,7 +216,7 @@ TEST_F(DesktopSession, LayerPanelFollowsTheDrawing) {
 
 TEST_F(DesktopSession, SavesClosesAndOpensAgainFromRecentFiles) {
     start();
-    platform::MessageBoxScript boxes;
+    platform::MessageBoxScript& boxes = this->boxes();
     addLine();
     const std::size_t lines = view()->snapshot()->segments().size();
     EXPECT_EQ(window()->tabs()->tabText(0), QStringLiteral("demo.dwg*"));
@@ -257,7 +257,7 @@ TEST_F(DesktopSession, SavesClosesAndOpensAgainFromRecentFiles) {
 
 TEST_F(DesktopSession, QuittingAsksAboutEachUnsavedDrawingAndCancelKeepsTheWindow) {
     start({demoDrawing(), path(QStringLiteral("drawings/import.dwg"))});
-    platform::MessageBoxScript boxes;
+    platform::MessageBoxScript& boxes = this->boxes();
     type(QStringLiteral("(entmake '((0 . \"LAYER\") (2 . \"UNSAVED\")))"));
     boxes.answer(platform::IDCANCEL);
     QTest::keyClick(window(), Qt::Key_Q, Qt::ControlModifier);
@@ -287,7 +287,7 @@ TEST_F(DesktopSession, ADrawingHeldByAnotherSessionOpensReadOnlyAndSaysSo) {
                R"("time":"2026-01-01T08:00:00Z"})");
     lock.close();
     start();
-    platform::MessageBoxScript boxes;
+    platform::MessageBoxScript& boxes = this->boxes();
     ASSERT_TRUE(window()->openDrawing(held));
     EXPECT_TRUE(manager()->mdiActiveDocument()->isReadOnly());
     EXPECT_EQ(window()->tabs()->tabText(window()->tabs()->currentIndex()),
