@@ -1,7 +1,8 @@
-// orvex, the reference host. Until the desktop program exists, only its batch form runs.
+// orvex, the reference host: the desktop program, or with --batch the batch runner.
 
 #include "OvBatchOptions.h"
 #include "OvBatchRunner.h"
+#include "OvDesktop.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -25,6 +26,12 @@ QString addonFolder() {
 } // namespace
 
 int main(int argc, char* argv[]) {
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+    if (OvDesktopOptions::wanted(arguments))
+        return OvDesktop::run(argc, argv);
+
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("Orvex"));
     QCoreApplication::setApplicationVersion(QStringLiteral("26.0"));

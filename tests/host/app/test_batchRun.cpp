@@ -12,7 +12,8 @@ TEST(OrvexCommandLine, HelpSucceedsAndWrongCommandLinesExit2RunningNothing) {
          {"--project", "--no-module", "--script", "--save-as", "ORVEX_ADDON_DIR"})
         EXPECT_TRUE(r.out.contains(QLatin1String(option))) << option;
 
-    r = OrvexProcess().run({});
+    // Without --batch orvex is the desktop program, which refuses the batch options.
+    r = OrvexProcess().run({"--script", "x.lsp"});
     EXPECT_EQ(r.exitCode, 2);
     EXPECT_TRUE(r.err.contains(QLatin1String("--batch"))) << r.err.toStdString();
 

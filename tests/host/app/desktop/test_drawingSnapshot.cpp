@@ -1,0 +1,205 @@
+// What the windows read of a drawing: layers with their wire data and WIRELAYS patterns,
+// lines of model space and of blocks, and the grid that finds them again for a redraw or
+// a pick.
+
+#include "OvDrawingSnapshot.h"
+
+#include "ovdb/ovdb.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+
+namespace {
+
+using Orvex::eOk;
+
+class DrawingSnapshot : public ::testing::Test {
+protected:
+    OvDbObjectId addLayer(const wchar_t* name, int color, bool wireRecord = false) {
+        OvDbLayerTable* table = nullptr;
+        EXPECT_EQ(db.getSymbolTable(table, OvDb::kForWrite), eOk);
+        auto* layer = new OvDbLayerTableRecord();
+        layer->setName(name);
+        OvCmColor c;
+        c.setColorIndex(color);
+        layer->setColor(c);
+        OvDbObjectId id;
+        EXPECT_EQ(table->add(id, layer), eOk);
+        if (wireRecord) {
+            layer->createExtensionDictionary();
+            OvDbDictionary* dict = nullptr;
+            ovdbOpenObject(dict, layer->extensionDictionary(), OvDb::kForWrite);
+            auto* xrec = new OvDbXrecord();
+            OvDbObjectId xid;
+            dict->setAt(L"ZEL_WIRETYPE", xrec, xid);
+            xrec->close();
+            dict->close();
+        }
+        layer->close();
+        table->close();
+        return id;
+    }
+
+    OvDbObjectId addLine(OvDbObjectId block, double x1, double y1, double x2, double y2,
+                         OvDbObjectId layer) {
+        OvDbBlockTableRecord* space = nullptr;
+        EXPECT_EQ(ovdbOpenObject(space, block, OvDb::kForWrite), eOk);
+        auto* line = new OvDbLine(OvGePoint3d(x1, y1, 0), OvGePoint3d(x2, y2, 0));
+        line->setLayer(layer);
+        OvDbObjectId id;
+        EXPECT_EQ(space->appendOvDbEntity(id, line), eOk);
+        line->close();
+        space->close();
+        return id;
+    }
+
+    OvDbObjectId addBlock(const wchar_t* name) {
+        OvDbBlockTable* blocks = nullptr;
+        EXPECT_EQ(db.getSymbolTable(blocks, OvDb::kForWrite), eOk);
+        auto* block = new OvDbBlockTableRecord();
+        block->setName(name);
+        OvDbObjectId id;
+        EXPECT_EQ(blocks->add(id, block), eOk);
+        block->close();
+        blocks->close();
+        return id;
+    }
+
+    OvDbObjectId insert(OvDbObjectId block, double x, double y, OvDbObjectId layer,
+                        const QString& tag = {}, const QString& text = {}) {
+        OvDbBlockTableRecord* space = nullptr;
+        EXPECT_EQ(ovdbOpenObject(space, db.modelSpaceId(), OvDb::kForWrite), eOk);
+        auto* reference = new OvDbBlockReference(OvGePoint3d(x, y, 0), block);
+        reference->setLayer(layer);
+        OvDbObjectId id;
+        EXPECT_EQ(space->appendOvDbEntity(id, reference), eOk);
+        if (!tag.isEmpty()) {
+            auto* attribute = new OvDbAttribute(OvGePoint3d(x, y, 0), text, tag);
+            reference->appendAttribute(attribute);
+            attribute->close();
+        }
+        reference->close();
+        space->close();
+        return id;
+    }
+
+    static const OvDrawingSnapshot::Layer& layer(const OvDrawingSnapshot& s, const QString& name) {
+        const int i = s.layerIndex(name);
+        EXPECT_GE(i, 0) << name.toStdString();
+        return s.layers().at(static_cast<std::size_t>(std::max(i, 0)));
+    }
+
+    OvDbDatabase db;
+};
+
+TEST_F(DrawingSnapshot, LayersCarryTheirLookWireDataAndTheFirstPatternThatCatchesThem) {
+    const OvDbObjectId red = addLayer(L"RD_1.5", 1, true);
+    addLayer(L"RD_1_5", 1);
+    addLayer(L"bu_0.75", 5);
+    addLayer(L"BK_2", 7, true);
+    addLayer(L"P#1", 3);
+    addLine(db.modelSpaceId(), 0, 0, 10, 0, red);
+    // '.' catches any non-alphanumeric character, so RD_1.5 also catches RD_1_5; BU* catches
+    // its layer without regard to case; "P`#1" escapes its wildcard; two
+    // patterns catch nothing.
+    insert(addBlock(L"WD_M"), 0, -20, OvDbObjectId(), QStringLiteral("WIRELAYS"),
+           QStringLiteral("RD_1.5,BU*,ZZ*,P`#1,GN_4"));
+
+    const OvDrawingSnapshot s(&db);
+    EXPECT_TRUE(s.hasWireLayerList());
+    EXPECT_EQ(layer(s, QStringLiteral("RD_1.5")).pattern, QStringLiteral("RD_1.5"));
+    EXPECT_TRUE(layer(s, QStringLiteral("RD_1.5")).wireRecord);
+    EXPECT_TRUE(layer(s, QStringLiteral("RD_1.5")).inUse);
+    EXPECT_EQ(layer(s, QStringLiteral("RD_1_5")).pattern, QStringLiteral("RD_1.5"));
+    EXPECT_EQ(layer(s, QStringLiteral("bu_0.75")).pattern, QStringLiteral("BU*"));
+    EXPECT_EQ(layer(s, QStringLiteral("P#1")).pattern, QStringLiteral("P`#1"));
+    EXPECT_TRUE(layer(s, QStringLiteral("BK_2")).pattern.isEmpty());
+    EXPECT_TRUE(layer(s, QStringLiteral("BK_2")).wireRecord);
+    EXPECT_FALSE(layer(s, QStringLiteral("BK_2")).inUse);
+    EXPECT_EQ(layer(s, QStringLiteral("bu_0.75")).color.rgb(), OvCmColor::rgbOfIndex(5));
+    EXPECT_EQ(s.idlePatterns(), (QStringList{QStringLiteral("ZZ*"), QStringLiteral("GN_4")}));
+}
+
+TEST_F(DrawingSnapshot, NegatedListsAndDrawingsWithoutWd_mHaveNoIdlePatterns) {
+    addLayer(L"RD_1", 1);
+    {
+        const OvDrawingSnapshot s(&db);
+        EXPECT_FALSE(s.hasWireLayerList());
+        EXPECT_TRUE(s.idlePatterns().isEmpty());
+    }
+    insert(addBlock(L"WD_M"), 0, 0, OvDbObjectId(), QStringLiteral("WIRELAYS"),
+           QStringLiteral("~RD*"));
+    const OvDrawingSnapshot s(&db);
+    EXPECT_TRUE(layer(s, QStringLiteral("RD_1")).pattern.isEmpty());
+    EXPECT_EQ(layer(s, QStringLiteral("0")).pattern, QStringLiteral("~RD*"));
+    EXPECT_TRUE(s.idlePatterns().isEmpty());
+}
+
+TEST_F(DrawingSnapshot, BlockLinesAreDrawnAtTheReferenceOnItsLayerAndPickTheReference) {
+    const OvDbObjectId red = addLayer(L"RED", 1);
+    const OvDbObjectId blue = addLayer(L"BLUE", 5);
+    OvDbObjectId zero;
+    {
+        OvDbLayerTable* table = nullptr;
+        db.getSymbolTable(table, OvDb::kForRead);
+        table->getIdAt(L"0", zero);
+        table->close();
+    }
+    const OvDbObjectId symbol = addBlock(L"SYMBOL");
+    addLine(symbol, 0, 0, 4, 0, zero); // takes the reference's layer
+    addLine(symbol, 0, 0, 0, 4, blue); // keeps its own
+    const OvDbObjectId reference =
+        insert(symbol, 100, 50, red, QStringLiteral("TAG"), QStringLiteral("K1"));
+
+    const OvDrawingSnapshot s(&db);
+    ASSERT_EQ(s.segments().size(), 2u);
+    std::set<std::pair<int, double>> drawn;
+    for (const auto& segment : s.segments()) {
+        EXPECT_EQ(segment.entity, reference);
+        drawn.insert({segment.layer, segment.line.x2() + segment.line.y2()});
+    }
+    EXPECT_TRUE(drawn.count({s.layerIndex(QStringLiteral("RED")), 104.0 + 50.0}));
+    EXPECT_TRUE(drawn.count({s.layerIndex(QStringLiteral("BLUE")), 100.0 + 54.0}));
+    ASSERT_EQ(s.texts().size(), 1u);
+    EXPECT_EQ(s.texts().front().text, QStringLiteral("K1"));
+    EXPECT_EQ(s.pick(QPointF(102, 50.2), 0.5), reference);
+}
+
+TEST_F(DrawingSnapshot, TheGridFindsEachItemOnceAndPicksTheNearestLine) {
+    const OvDbObjectId layerId = addLayer(L"W", 2);
+    // A grid of short lines, and one long line across all of them.
+    std::vector<OvDbObjectId> shortLines;
+    for (int i = 0; i < 40; ++i)
+        for (int j = 0; j < 40; ++j)
+            shortLines.push_back(
+                addLine(db.modelSpaceId(), i * 10.0, j * 10.0, i * 10.0 + 5, j * 10.0, layerId));
+    const OvDbObjectId across = addLine(db.modelSpaceId(), -5, 3, 400, 3, layerId);
+
+    const OvDrawingSnapshot s(&db);
+    std::vector<std::uint32_t> segments, texts;
+    s.query(s.extents(), segments, texts);
+    EXPECT_EQ(segments.size(), shortLines.size() + 1);
+    EXPECT_EQ(std::set<std::uint32_t>(segments.begin(), segments.end()).size(), segments.size());
+
+    // A window over a corner finds the lines there, the long one among them, and no more.
+    s.query(QRectF(-1, -1, 17, 7), segments, texts);
+    std::set<OvDbObjectId> found;
+    for (const std::uint32_t i : segments)
+        found.insert(s.segments()[i].entity);
+    EXPECT_EQ(found, (std::set<OvDbObjectId>{shortLines[0], shortLines[40], across}));
+
+    EXPECT_EQ(s.pick(QPointF(12, 0.4), 1.0), shortLines[40]);
+    EXPECT_EQ(s.pick(QPointF(12, 2.5), 1.0), across);
+    EXPECT_TRUE(s.pick(QPointF(12, 6.5), 1.0).isNull());
+    EXPECT_TRUE(s.pick(QPointF(1000, 1000), 1.0).isNull());
+}
+
+TEST_F(DrawingSnapshot, SplitsPatternListsAtUnescapedCommas) {
+    EXPECT_EQ(OvDrawingSnapshot::splitPatterns(QStringLiteral("A*,B`,C,,D ")),
+              (QStringList{QStringLiteral("A*"), QStringLiteral("B`,C"), QStringLiteral("D ")}));
+    EXPECT_TRUE(OvDrawingSnapshot::splitPatterns(QString()).isEmpty());
+}
+
+} // namespace
