@@ -123,6 +123,13 @@ bool dataArg(const char* who, SCM list, Chain& data) {
     resbuf* tail = nullptr;
     for (SCM rest = list; scm_is_pair(rest); rest = scm_cdr(rest)) {
         resbuf* link = groupLink(scm_car(rest));
+        const SCM group = scm_car(rest);
+        if (!link && scm_is_pair(group) && scm_is_string(scm_cdr(group)) &&
+            fromScheme(scm_cdr(group)).contains(QChar(0))) {
+            report(who, QStringLiteral("bad argument: a text holding a NUL character: %1")
+                            .arg(notation(group, true).left(80)));
+            return false;
+        }
         if (!link) {
             report(who, QStringLiteral("%1 is not a group of drawing data")
                             .arg(notation(scm_car(rest), true)));

@@ -128,9 +128,13 @@ const char* libraryNumbersSource() {
 (define (lisp-expt base power)
   (let ((b (numeric 'expt base)) (p (numeric 'expt power)))
     (cond ((and (exact? b) (exact? p))
-           (cond ((>= p 0) (int32 (expt b p)))
+           ;; Worked modulo 2^32, the integers' own width, so that a huge power
+           ;; wraps at once instead of building a number of billions of digits.
+           (cond ((>= p 0) (int32 (modulo-expt b p #x100000000)))
                  ((zero? b) (divide-by-zero))
-                 (else (int32 (truncate (expt b p))))))
+                 ((= b 1) 1)
+                 ((= b -1) (if (even? p) 1 -1))
+                 (else 0)))
           ((and (zero? b) (negative? p)) (divide-by-zero))
           ((and (negative? b) (not (integer? p)))
            (lisp-error "expt: function undefined for argument: ~a" (%lisp-notation base #t)))
