@@ -141,10 +141,6 @@ QString sweepScript(int seconds) {
         .arg(seconds);
 }
 
-// The host's own list functions that still walk a circular list for ever; their safety
-// comes with the host's LISP library, and each name goes from here when it does.
-const QSet<QString> kCircularListPending = {"/=", "equal", "last"};
-constexpr int kCircularValue = 21;
 
 // Far more than any call needs, even in the sanitizer build.
 constexpr int kSecondsPerCall = 5;
@@ -203,11 +199,7 @@ TEST(LispSweep, EveryFunctionAnswersEveryArgumentAndTheRunLives) {
         if (!kChangers.contains(call.function)) {
             EXPECT_FALSE(call.changed) << "changed the drawing: " << where;
         }
-        const bool pending = kCircularListPending.contains(call.function) &&
-                             call.label.endsWith(QStringLiteral(" %1").arg(kCircularValue));
-        if (!pending) {
-            EXPECT_NE(call.outcome, "timeout") << "no answer: " << where;
-        }
+        EXPECT_NE(call.outcome, "timeout") << "no answer: " << where;
         if (call.ok || call.outcome == "timeout")
             continue;
         if (kDrawingFunctions.contains(call.function)) {
