@@ -83,8 +83,19 @@ std::vector<OvLinetypeEntry> ovuiLinetypesOf(OvDbDatabase* database, bool includ
     return entries;
 }
 
+double ovuiDashScale(const std::vector<std::vector<double>>& patterns, int width) {
+    double longest = 0.0;
+    for (const std::vector<double>& dashes : patterns) {
+        double length = 0.0;
+        for (double dash : dashes)
+            length += std::isfinite(dash) ? std::abs(dash) : 0.0;
+        longest = std::max(longest, length);
+    }
+    return longest > 0.0 ? (width - 4) / (1.5 * longest) : 0.0;
+}
+
 QPixmap ovuiDashPreview(const std::vector<double>& dashes, int width, int height,
-                        const QColor& color) {
+                        const QColor& color, double pixelsPerUnit) {
     QPixmap picture(width, height);
     picture.fill(Qt::transparent);
     QPainter painter(&picture);
@@ -100,8 +111,8 @@ QPixmap ovuiDashPreview(const std::vector<double>& dashes, int width, int height
         painter.drawLine(QPointF(left, y), QPointF(right, y));
         return picture;
     }
-    // Three repeats of the pattern across the preview show its rhythm at any drawing scale.
-    const double scale = (right - left) / 3.0 / length;
+    // Without a common scale, three repeats of the pattern show its rhythm.
+    const double scale = pixelsPerUnit > 0.0 ? pixelsPerUnit : (right - left) / 3.0 / length;
     double x = left;
     while (x < right) {
         for (double dash : dashes) {
@@ -139,6 +150,10 @@ OvLinetypeDialog::OvLinetypeDialog(std::vector<OvLinetypeEntry> entries,
     m_list->setIconSize(QSize(150, 14));
     const QColor ink = palette().color(QPalette::Text);
     QTreeWidgetItem* preselected = nullptr;
+    std::vector<std::vector<double>> patterns;
+    for (const OvLinetypeEntry& entry : m_entries)
+        patterns.push_back(entry.dashes);
+    const double scale = ovuiDashScale(patterns, 150);
     for (std::size_t i = 0; i < m_entries.size(); ++i) {
         const OvLinetypeEntry& entry = m_entries[i];
         auto* item = new QTreeWidgetItem(m_list);
@@ -148,7 +163,7 @@ OvLinetypeDialog::OvLinetypeDialog(std::vector<OvLinetypeEntry> entries,
         const bool meta = entry.name.compare(QLatin1String("ByBlock"), Qt::CaseInsensitive) == 0 ||
                           entry.name.compare(QLatin1String("ByLayer"), Qt::CaseInsensitive) == 0;
         if (!meta)
-            item->setIcon(1, ovuiDashPreview(entry.dashes, 150, 14, ink));
+            item->setIcon(1, ovuiDashPreview(entry.dashes, 150, 14, ink, scale));
         item->setText(2, entry.description);
         item->setToolTip(2, entry.description);
         if (entry.id == current)
@@ -250,7 +265,9 @@ OvLineWeightDialog::OvLineWeightDialog(OvDb::LineWeight current, bool includeByB
     });
 
     auto* layout = new QVBoxLayout(this);
-    layout->addWidget(new QLabel(tr("&Lineweights:")));
+    auto* label = new QLabel(tr("&Lineweights:"));
+    label->setBuddy(m_list);
+    layout->addWidget(label);
     layout->addWidget(m_list, 1);
     layout->addWidget(m_choice);
     layout->addWidget(buttons);

@@ -24,9 +24,14 @@ struct OvLinetypeEntry {
 // The linetypes of a drawing in table order; ByBlock and ByLayer only when asked.
 std::vector<OvLinetypeEntry> ovuiLinetypesOf(OvDbDatabase* database, bool includeByBlockByLayer);
 
-// A picture of a dash pattern, `width` by `height` pixels, in `color`.
+// A picture of a dash pattern, `width` by `height` pixels, in `color`, at `pixelsPerUnit`
+// screen pixels per drawing unit; 0 fits three repeats of the pattern into the width.
 QPixmap ovuiDashPreview(const std::vector<double>& dashes, int width, int height,
-                        const QColor& color);
+                        const QColor& color, double pixelsPerUnit = 0.0);
+
+// One scale for the previews of all these patterns, so that a short pattern looks shorter
+// than a long one: the longest pattern fits one and a half times into `width`.
+double ovuiDashScale(const std::vector<std::vector<double>>& patterns, int width);
 
 // The linetype picker: the list 1001 (name, drawn pattern, description), the chosen one's
 // text 1002, OK 1, Cancel 2, Help 9. A double click on a linetype is OK.
