@@ -3,14 +3,18 @@
 #include "OvHelpWindow.h"
 
 #include "ovui/NqTaskDialog.h"
+#include "ovui/OvUiFileDialog.h"
 #include "ovui/OvUiHelp.h"
 
+#include "ovcore/OvEdBatchInput.h"
 #include "ovcore/OvEdInput.h"
 #include "ovcore/OvLisp.h"
 #include "ovdb/ovut.h"
 
+#include <QFileDialog>
 #include <QFileInfo>
 #include <QLabel>
+#include <QLineEdit>
 #include <QTemporaryDir>
 #include <QTextBrowser>
 
@@ -192,4 +196,53 @@ TEST_F(HostWindowsTest, LispLineweightDialogReturnsTheWeight) {
         ovcore::lisp::evalString(QStringLiteral("(orvex-lineweight-dialog 50)"));
     EXPECT_TRUE(result.ok) << result.error.toStdString();
     EXPECT_EQ(result.value, QStringLiteral("53"));
+}
+
+TEST_F(HostWindowsTest, FileDialogFiltersByTheExtensionsAndReturnsTheTypedFile) {
+    EXPECT_EQ(ovuiFileNameFilter(QStringLiteral("dwg; .dwt")),
+              QStringLiteral("DWG files (*.dwg *.dwt);;All files (*)"));
+    EXPECT_EQ(ovuiFileNameFilter(QString()), QStringLiteral("All files (*)"));
+
+    QTemporaryDir dir;
+    QFile drawing(dir.filePath(QStringLiteral("plan.dwg")));
+    ASSERT_TRUE(drawing.open(QIODevice::WriteOnly));
+    drawing.close();
+    QStringList filters;
+    whenShown([&](QWidget* dialog) {
+        auto* files = qobject_cast<QFileDialog*>(dialog);
+        ASSERT_NE(files, nullptr);
+        filters = files->nameFilters();
+        auto* name = control<QLineEdit>(dialog, QStringLiteral("fileNameEdit"));
+        name->setFocus();
+        QTest::keyClicks(name, QStringLiteral("plan.dwg"));
+        QTest::keyClick(name, Qt::Key_Return);
+    });
+    // Through the host's entry point, as the module asks for a drawing to import from.
+    resbuf* result = ovutNewRb(RTSTR);
+    const std::wstring start = dir.path().toStdWString();
+    ASSERT_EQ(ovedGetFileD(L"Import", start.c_str(), L"dwg;dwt", 0, result), RTNORM);
+    EXPECT_EQ(QString::fromWCharArray(result->resval.rstring),
+              QFileInfo(drawing).absoluteFilePath());
+    EXPECT_EQ(filters.first(), QStringLiteral("DWG files (*.dwg *.dwt)"));
+    ovutRelRb(result);
+
+    // Cancelled: the result stays as it was.
+    whenShown([&](QWidget* dialog) { QTest::keyClick(dialog, Qt::Key_Escape); });
+    QString path = QStringLiteral("unchanged");
+    EXPECT_EQ(
+        ovuiFileDialog(nullptr, QStringLiteral("Open"), dir.path(), QStringLiteral("dwg"), 0, path),
+        RTCAN);
+    EXPECT_EQ(path, QStringLiteral("unchanged"));
+}
+
+TEST_F(HostWindowsTest, AQueuedFileAnswersBeforeAnyDialogOpens) {
+    OvEdBatchInput::instance().clear();
+    OvEdBatchInput::instance().queueFile(QStringLiteral("/tmp/queued.dwg"));
+    whenShown([](QWidget* dialog) { dialog->close(); });
+    resbuf* result = ovutNewRb(RTSTR);
+    EXPECT_EQ(ovedGetFileD(L"Save", L"", L"dwg", 1, result), RTNORM);
+    QTest::qWait(50);
+    EXPECT_FALSE(acted());
+    EXPECT_EQ(QString::fromWCharArray(result->resval.rstring), QStringLiteral("/tmp/queued.dwg"));
+    ovutRelRb(result);
 }
