@@ -36,7 +36,7 @@ protected:
     }
 
     void TearDown() override {
-        ++m_generation; // a procedure still waiting belongs to this test only
+        ++s_generation; // a procedure still waiting belongs to this test only
         // Whatever a failed test left open is closed, so that the next one starts clean.
         while (QWidget* modal = QApplication::activeModalWidget())
             modal->close();
@@ -47,13 +47,13 @@ protected:
     // that no test waits forever.
     void whenShown(std::function<void(QWidget*)> act) {
         m_acted = false;
-        const int generation = ++m_generation;
+        const int generation = ++s_generation;
         QWidget* before = QApplication::activeModalWidget();
         auto timer = std::make_shared<QElapsedTimer>();
         timer->start();
         auto poll = std::make_shared<std::function<void()>>();
         *poll = [this, generation, before, act, timer, poll] {
-            if (generation != m_generation) {
+            if (generation != s_generation) { // its test is over: `this` is gone
                 *poll = {};
                 return;
             }
@@ -96,5 +96,6 @@ protected:
 
 private:
     bool m_acted = false;
-    int m_generation = 0;
+    // Outlives the fixtures, so that a procedure of a finished test can tell without them.
+    static inline int s_generation = 0;
 };
