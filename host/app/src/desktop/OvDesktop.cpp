@@ -10,6 +10,7 @@
 #include "ovcore/OvHost.h"
 #include "ovcore/OvModuleLoader.h"
 #include "ovdb/ovut.h"
+#include "ovui/OvUi.h"
 #include "platform/MessageBox.h"
 #include "zelpm/ZelPrmProjectManager.h"
 
@@ -66,6 +67,9 @@ bool OvDesktop::start(const OvDesktopOptions& options) {
         window->print(QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size())));
     });
     platform::setMessageBoxMode(platform::MessageBoxMode::Desktop);
+    // Dialogs of the host and of the modules sit over this window from now on.
+    ovuiSetMainWindow(window);
+    InitOvUiDLL();
     m_input = std::make_unique<OvDesktopInput>(window);
     ovedSetInputProvider(m_input.get());
     window->show();
@@ -104,6 +108,7 @@ void OvDesktop::stop() {
         return;
     if (OvApDocManager* manager = ovDocManagerPtr())
         manager->closeAllDocuments();
+    ovuiSetMainWindow(nullptr);
     m_window.reset();
     ovedSetInputProvider(nullptr);
     m_input.reset();

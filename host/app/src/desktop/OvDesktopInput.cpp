@@ -6,11 +6,10 @@
 
 #include "ovdb/ovdbEntityName.h"
 #include "ovdb/ovut.h"
+#include "ovui/OvUiFileDialog.h"
 
 #include <QApplication>
 #include <QEventLoop>
-#include <QFileDialog>
-#include <QFileInfo>
 #include <QKeyEvent>
 #include <QPointer>
 
@@ -34,21 +33,6 @@ protected:
 private:
     std::function<void()> m_onEscape;
 };
-
-// "dwg;dwt" -> "Drawing files (*.dwg *.dwt);;All files (*)".
-QString nameFilter(const QString& extensions) {
-    QStringList patterns;
-    for (const QString& extension : extensions.split(u';', Qt::SkipEmptyParts)) {
-        const QString clean = extension.trimmed().remove(u'.').remove(u'*');
-        if (!clean.isEmpty())
-            patterns << QStringLiteral("*.%1").arg(clean);
-    }
-    const QString all = QObject::tr("All files (*)");
-    if (patterns.isEmpty())
-        return all;
-    return QObject::tr("%1 files (%2);;%3")
-        .arg(patterns.first().mid(2).toUpper(), patterns.join(u' '), all);
-}
 
 } // namespace
 
@@ -118,20 +102,7 @@ int OvDesktopInput::entSel(const QString& prompt, ov_name name, double point[3])
 
 int OvDesktopInput::getFileD(const QString& title, const QString& defaultPath,
                              const QString& extension, int flags, QString& path) {
-    // Bit 1 asks for a file to write; bit 32 leaves out the question about overwriting.
-    const bool forSaving = flags & 1;
-    QFileDialog::Options options = QFileDialog::DontUseNativeDialog;
-    if (flags & 32)
-        options |= QFileDialog::DontConfirmOverwrite;
-    const QString filter = nameFilter(extension);
-    const QString chosen =
-        forSaving
-            ? QFileDialog::getSaveFileName(m_window, title, defaultPath, filter, nullptr, options)
-            : QFileDialog::getOpenFileName(m_window, title, defaultPath, filter, nullptr, options);
-    if (chosen.isEmpty())
-        return RTCAN;
-    path = QFileInfo(chosen).absoluteFilePath();
-    return RTNORM;
+    return ovuiFileDialog(ovuiDialogParent(), title, defaultPath, extension, flags, path);
 }
 
 int OvDesktopInput::help(const QString& file, const QString& topic, int) {

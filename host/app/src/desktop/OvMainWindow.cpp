@@ -12,6 +12,7 @@
 #include "ovcore/OvModuleLoader.h"
 #include "ovcore/OvRxSystemRegistry.h"
 #include "ovdb/OvDbDatabase.h"
+#include "ovui/OvUiHelp.h"
 #include "platform/MessageBox.h"
 #include "zelpm/ZelPrmProjectManager.h"
 
@@ -25,16 +26,12 @@
 #include <QDockWidget>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QImage>
 #include <QLabel>
 #include <QMenuBar>
 #include <QProgressDialog>
 #include <QSettings>
 #include <QStatusBar>
 #include <QTabWidget>
-#include <QTextBlock>
-#include <QTextBrowser>
-#include <QTextCursor>
 #include <QVBoxLayout>
 
 namespace {
@@ -54,20 +51,6 @@ QString drawingFilter() {
 
 // Where the user documentation lies: in share/doc/orvex of an installation (the program
 // is in lib/orvex), or in the source tree of a build.
-QString docsFolder() {
-    const QString fromEnvironment = qEnvironmentVariable("ORVEX_DOCS_DIR");
-    if (!fromEnvironment.isEmpty())
-        return fromEnvironment;
-    const QDir program(QCoreApplication::applicationDirPath());
-    const QString installed = program.absoluteFilePath(QStringLiteral("../../share/doc/orvex"));
-    if (QFileInfo::exists(installed + QStringLiteral("/user-guide.md")))
-        return installed;
-#ifdef ORVEX_SOURCE_DOCS_DIR
-    return QStringLiteral(ORVEX_SOURCE_DOCS_DIR);
-#else
-    return installed;
-#endif
-}
 
 } // namespace
 
@@ -647,64 +630,8 @@ void OvMainWindow::cancelPick() {
 // --- help ----------------------------------------------------------------------------------
 
 void OvMainWindow::showHelp(const QString& file, const QString& topic) {
-    const QDir docs(docsFolder());
-    QStringList candidates;
-    if (!topic.isEmpty())
-        candidates << docs.filePath(QStringLiteral("help/%1.md").arg(topic));
-    if (!file.isEmpty())
-        candidates << docs.filePath(QFileInfo(file).completeBaseName() + QStringLiteral(".md"));
-    candidates << docs.filePath(QStringLiteral("user-guide.md"));
-    QString page;
-    for (const QString& candidate : candidates) {
-        if (QFileInfo(candidate).isFile()) {
-            page = candidate;
-            break;
-        }
-    }
-    if (page.isEmpty()) {
-        print(tr("\nNo help page for %1 %2 in %3.\n").arg(file, topic, docs.path()));
-        return;
-    }
-    auto* dialog = findChild<QDialog*>(QStringLiteral("helpWindow"));
-    QTextBrowser* browser = nullptr;
-    if (!dialog) {
-        dialog = new QDialog(this);
-        dialog->setObjectName(QStringLiteral("helpWindow"));
-        dialog->resize(760, 680);
-        browser = new QTextBrowser(dialog);
-        browser->setObjectName(QStringLiteral("helpBrowser"));
-        browser->setOpenExternalLinks(true);
-        auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, dialog);
-        connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::close);
-        auto* layout = new QVBoxLayout(dialog);
-        layout->addWidget(browser);
-        layout->addWidget(buttons);
-    } else {
-        browser = dialog->findChild<QTextBrowser*>(QStringLiteral("helpBrowser"));
-    }
-    browser->setSearchPaths({QFileInfo(page).absolutePath(), docs.path()});
-    browser->setSource(QUrl::fromLocalFile(page), QTextDocument::MarkdownResource);
-    // Screenshots are as wide as the screen they were taken on: fit them to the window.
-    QTextCursor cursor(browser->document());
-    for (QTextBlock block = browser->document()->begin(); block.isValid(); block = block.next()) {
-        for (auto it = block.begin(); !it.atEnd(); ++it) {
-            QTextImageFormat image = it.fragment().charFormat().toImageFormat();
-            if (!image.isValid())
-                continue;
-            const QImage picture(QFileInfo(page).absoluteDir().filePath(image.name()));
-            if (picture.isNull() || picture.width() <= 640)
-                continue;
-            image.setWidth(640);
-            image.setHeight(640.0 * picture.height() / picture.width());
-            cursor.setPosition(it.fragment().position());
-            cursor.setPosition(it.fragment().position() + it.fragment().length(),
-                               QTextCursor::KeepAnchor);
-            cursor.setCharFormat(image);
-        }
-    }
-    dialog->setWindowTitle(tr("Orvex help - %1").arg(QFileInfo(page).completeBaseName()));
-    dialog->show();
-    dialog->raise();
+    // The host's help window; it says itself when there is no page to show.
+    ovuiShowHelp(file, topic);
 }
 
 // --- settings and closing --------------------------------------------------------------------

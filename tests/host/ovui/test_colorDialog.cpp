@@ -1,0 +1,141 @@
+#include "OvUiTest.h"
+
+#include "OvColorDialog.h"
+
+#include <QLineEdit>
+#include <QPushButton>
+
+namespace {
+
+OvCmColor colorOf(int index) {
+    OvCmColor color;
+    color.setColorIndex(index);
+    return color;
+}
+
+} // namespace
+
+class ColorDialogTest : public OvUiTest {};
+
+TEST_F(ColorDialogTest, ClickingASwatchAndOkChoosesItAndShowsItsNumber) {
+    OvCmColor color = colorOf(1);
+    QString edited;
+    whenShown([&](QWidget* dialog) {
+        click(dialog, QStringLiteral("color-34"));
+        edited = control<QLineEdit>(dialog, QStringLiteral("1001"))->text();
+        click(dialog, QStringLiteral("1"));
+    });
+    EXPECT_EQ(ovedSetColorDialogTrueColor(color, 0, colorOf(7), 7), 1);
+    EXPECT_TRUE(acted());
+    EXPECT_EQ(color.colorIndex(), 34);
+    EXPECT_EQ(edited, QStringLiteral("34"));
+}
+
+TEST_F(ColorDialogTest, DoubleClickIsOk) {
+    OvCmColor color = colorOf(7);
+    whenShown([&](QWidget* dialog) {
+        QWidget* swatch = control(dialog, QStringLiteral("color-250"));
+        QTest::mouseClick(swatch, Qt::LeftButton); // QTest's double click is the second click
+        QTest::mouseDClick(swatch, Qt::LeftButton);
+    });
+    EXPECT_EQ(ovedSetColorDialogTrueColor(color, 0, colorOf(7), 7), 1);
+    EXPECT_EQ(color.colorIndex(), 250);
+}
+
+TEST_F(ColorDialogTest, TypedNamesAndNumbersChooseTheColour) {
+    for (const auto& [typed, expected] :
+         {std::pair{QStringLiteral("blue"), 5}, std::pair{QStringLiteral(" Magenta"), 6},
+          std::pair{QStringLiteral("121"), 121}}) {
+        OvCmColor color = colorOf(1);
+        bool swatchChosen = false;
+        whenShown([&](QWidget* dialog) {
+            auto* edit = control<QLineEdit>(dialog, QStringLiteral("1001"));
+            edit->setFocus();
+            QTest::keyClick(edit, Qt::Key_A, Qt::ControlModifier);
+            QTest::keyClicks(edit, typed);
+            // The typed colour is the one the palette marks, not only the edit's text.
+            swatchChosen = qobject_cast<OvColorDialog*>(dialog)->color().colorIndex() == expected;
+            QTest::keyClick(edit, Qt::Key_Return);
+        });
+        EXPECT_EQ(ovedSetColorDialogTrueColor(color, 0, colorOf(7), 7), 1) << typed.toStdString();
+        EXPECT_EQ(color.colorIndex(), expected) << typed.toStdString();
+        EXPECT_TRUE(swatchChosen);
+    }
+}
+
+TEST_F(ColorDialogTest, ByLayerAndByBlockOnlyWhenAllowed) {
+    // Not allowed: no buttons, and the typed name leaves nothing to accept.
+    OvCmColor color = colorOf(3);
+    bool buttons = true;
+    bool okEnabled = true;
+    whenShown([&](QWidget* dialog) {
+        buttons = dialog->findChild<QWidget*>(QStringLiteral("1003")) ||
+                  dialog->findChild<QWidget*>(QStringLiteral("1004"));
+        auto* edit = control<QLineEdit>(dialog, QStringLiteral("1001"));
+        edit->setFocus();
+        QTest::keyClick(edit, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClicks(edit, QStringLiteral("bylayer"));
+        okEnabled = control<QPushButton>(dialog, QStringLiteral("1"))->isEnabled();
+        QTest::keyClick(edit, Qt::Key_Return); // Enter on a bad text must not accept it
+        if (dialog->isVisible())
+            click(dialog, QStringLiteral("2"));
+    });
+    EXPECT_EQ(ovedSetColorDialogTrueColor(color, 0, colorOf(7), 7), 0);
+    EXPECT_FALSE(buttons);
+    EXPECT_FALSE(okEnabled);
+    EXPECT_EQ(color.colorIndex(), 3);
+
+    // Allowed: the buttons choose the meta colours, and the name types too.
+    for (const QString& button : {QStringLiteral("1003"), QStringLiteral("1004")}) {
+        color = colorOf(3);
+        whenShown([&](QWidget* dialog) {
+            click(dialog, button);
+            click(dialog, QStringLiteral("1"));
+        });
+        EXPECT_EQ(ovedSetColorDialogTrueColor(color, 1, colorOf(7), 7), 1);
+        EXPECT_EQ(color.colorIndex(),
+                  button == QStringLiteral("1003") ? OvCmColor::kByLayer : OvCmColor::kByBlock);
+    }
+}
+
+TEST_F(ColorDialogTest, CancelAndEscapeLeaveTheColourUntouched) {
+    for (bool escape : {false, true}) {
+        OvCmColor color = colorOf(42);
+        whenShown([&](QWidget* dialog) {
+            click(dialog, QStringLiteral("color-1"));
+            if (escape)
+                QTest::keyClick(dialog->focusWidget(), Qt::Key_Escape);
+            else
+                click(dialog, QStringLiteral("2"));
+        });
+        EXPECT_EQ(ovedSetColorDialogTrueColor(color, 1, colorOf(7), 7), 0);
+        EXPECT_EQ(color.colorIndex(), 42);
+    }
+}
+
+TEST_F(ColorDialogTest, ArrowKeysWalkThePalette) {
+    OvCmColor color = colorOf(10);
+    whenShown([&](QWidget* dialog) {
+        QWidget* palette = control(dialog, QStringLiteral("1002"));
+        palette->setFocus();
+        QTest::keyClick(palette, Qt::Key_Right); // next hue: 20
+        QTest::keyClick(palette, Qt::Key_Down);  // next shade row: 22
+        QTest::keyClick(palette, Qt::Key_Left);  // back a hue: 12
+        click(dialog, QStringLiteral("1"));
+    });
+    EXPECT_EQ(ovedSetColorDialogTrueColor(color, 0, colorOf(7), 7), 1);
+    EXPECT_EQ(color.colorIndex(), 12);
+}
+
+TEST_F(ColorDialogTest, EverySwatchIsThereWithItsPaletteColour) {
+    OvColorDialog dialog(colorOf(1), false, colorOf(7));
+    for (int index = 1; index <= 255; ++index) {
+        auto* swatch = dialog.findChild<OvColorSwatch*>(QStringLiteral("color-%1").arg(index));
+        ASSERT_NE(swatch, nullptr) << index;
+        if (index == 7)
+            continue; // drawn half white, half black
+        const QImage picture = swatch->grab().toImage();
+        const QRgb centre = picture.pixel(picture.width() / 2, picture.height() / 2);
+        EXPECT_EQ(centre | 0xff000000u, OvCmColor::rgbOfIndex(index)) << index;
+    }
+}
