@@ -3,7 +3,6 @@
 #include "ovauto/OvDialogAutomation.h"
 
 #include "platform/CellStyle.h"
-#include "platform/GridRange.h"
 #include "platform/GridWindow.h"
 #include "platform/MessageBox.h"
 
@@ -31,7 +30,6 @@
 #include <QTextEdit>
 
 #include <algorithm>
-#include <set>
 
 namespace ovauto {
 
@@ -432,35 +430,23 @@ CellLook cellLook(const platform::GridWindow* grid, int row, int col) {
     return look;
 }
 
-namespace {
-
-std::vector<int> selectedLines(const platform::GridWindow* grid, platform::GridRange::Kind kind) {
-    std::set<int> lines;
-    const int count =
-        kind == platform::GridRange::Kind::Rows ? grid->GetRowCount() : grid->GetColCount();
-    for (const platform::GridRange& range : grid->GetSelectedRanges()) {
-        if (range.kind() == platform::GridRange::Kind::Table) {
-            for (int i = 1; i <= count; ++i)
-                lines.insert(i);
-        } else if (range.kind() == kind) {
-            const int first = kind == platform::GridRange::Kind::Rows ? range.top() : range.left();
-            const int last =
-                kind == platform::GridRange::Kind::Rows ? range.bottom() : range.right();
-            for (int i = std::max(first, 1); i <= std::min(last, count); ++i)
-                lines.insert(i);
-        }
-    }
-    return {lines.begin(), lines.end()};
-}
-
-} // namespace
-
+// Whole rows and columns, whatever pieces the selection is kept in.
 std::vector<int> selectedRows(const platform::GridWindow* grid) {
-    return selectedLines(grid, platform::GridRange::Kind::Rows);
+    std::vector<int> rows;
+    for (int r = 1; r <= grid->GetRowCount(); ++r) {
+        if (grid->selectionModel()->isRowSelected(r - 1))
+            rows.push_back(r);
+    }
+    return rows;
 }
 
 std::vector<int> selectedCols(const platform::GridWindow* grid) {
-    return selectedLines(grid, platform::GridRange::Kind::Cols);
+    std::vector<int> cols;
+    for (int c = 1; c <= grid->GetColCount(); ++c) {
+        if (grid->selectionModel()->isColumnSelected(c - 1))
+            cols.push_back(c);
+    }
+    return cols;
 }
 
 namespace {

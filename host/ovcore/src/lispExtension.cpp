@@ -1,6 +1,7 @@
 #include "ovcore/OvLispExtension.h"
 
 #include "lispGuile.h"
+#include "lispState.h"
 
 namespace ovcore::lisp {
 
@@ -39,7 +40,27 @@ ProcedureOutcome callProcedure(SCM procedure) {
         result.error = QStringLiteral("the LISP environment is not available");
         return result;
     }
-    const detail::SchemeOutcome outcome = detail::protectedApply(procedure, SCM_EOL);
+    // In the current document, as an evaluation there: its setq and defun land in that
+    // document's environment, and runaway recursion stops with a LISP error.
+    detail::LispState& state = detail::LispState::instance();
+    if (state.nesting >= detail::LispState::kMaxNesting) {
+        result.error = QStringLiteral("evaluations are nested too deeply");
+        return result;
+    }
+    const SCM hostModule = scm_c_resolve_module("orvex host");
+    const auto hostProcedure = [hostModule](const char* name) {
+        return scm_variable_ref(scm_c_module_lookup(hostModule, name));
+    };
+    const detail::SchemeOutcome module = detail::protectedApply(
+        hostProcedure("%document-module"), scm_list_1(scm_from_int(state.currentDocument().id)));
+    if (!module.ok) {
+        result.error = detail::errorMessage(module);
+        return result;
+    }
+    ++state.nesting;
+    const detail::SchemeOutcome outcome =
+        detail::protectedApply(hostProcedure("%in-module"), scm_list_2(module.value, procedure));
+    --state.nesting;
     result.ok = outcome.ok;
     if (!outcome.ok)
         result.error = detail::errorMessage(outcome);
