@@ -464,7 +464,9 @@ std::vector<MenuItem> menuItems(const QMenu* menu) {
     for (const QAction* action : menu->actions()) {
         if (action->isSeparator() || !action->isVisible())
             continue;
-        items.push_back({actionId(action), withoutMnemonic(action->text()), action->isEnabled()});
+        // The text as the menu shows it, without the shortcut that follows a tab.
+        items.push_back({actionId(action), withoutMnemonic(action->text().section(u'\t', 0, 0)),
+                         action->isEnabled()});
     }
     return items;
 }

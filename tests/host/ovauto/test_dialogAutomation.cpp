@@ -7,6 +7,7 @@
 #include "platform/GridWindow.h"
 #include "platform/MessageBox.h"
 #include "platform/ResourceHandle.h"
+#include "platform/ResourceMenu.h"
 #include "platform/Resources.h"
 #include "platform/ScopedResourceHandle.h"
 #include "platform/TemplateDialog.h"
@@ -17,6 +18,12 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <ostream>
+
+// Readable failures for texts.
+inline void PrintTo(const QString& text, std::ostream* os) {
+    *os << '"' << text.toStdString() << '"';
+}
 
 namespace {
 
@@ -33,12 +40,28 @@ QString eval(const QString& expression) {
     return result.value;
 }
 
+// A grid that offers menu 103 on a right-click, as the module's grids do, and keeps the
+// command chosen.
+class MenuGrid : public GridWindow {
+public:
+    int chosen = -1;
+    bool OnRButtonClickedRowCol(int row, int col, unsigned flags, QPoint point) override {
+        GridWindow::OnRButtonClickedRowCol(row, col, flags, point);
+        ResourceMenu menu;
+        if (!menu.LoadMenu(103))
+            return false;
+        ResourceMenu::EnableMenuItem(menu.GetMenu(), 40023, false);
+        chosen = ResourceMenu::TrackPopupMenu(menu.GetSubMenu(0), mapToGlobal(point), nullptr);
+        return true;
+    }
+};
+
 // Template 101 with a grid in its place 1002; button 1010 opens template 150 inside it and
 // keeps what that one returned.
 class HostDialog : public TemplateDialog {
 public:
     HostDialog() : TemplateDialog(101) {}
-    GridWindow grid;
+    MenuGrid grid;
     int nestedResult = 0;
     QStringList killFocus;
 
@@ -221,6 +244,35 @@ TEST_F(DialogAutomationTest, GridCellsStylesAndSelectionAfterClicksAndShiftClick
               R"(("text-color" . "#ffffff")))");
     EXPECT_EQ(eval("(nth 6 seen)"), "nil");
     EXPECT_EQ(eval("(nth 2 seen)"), "(3)");
+}
+
+TEST_F(DialogAutomationTest, APopupMenuTakesTheNextProcedure) {
+    eval(R"((orvex-dialog-queue
+              (lambda ()
+                (orvex-grid-right-click 1002 2 2)
+                (note "after the menu")
+                (orvex-dialog-click 1))))");
+    eval(R"((orvex-dialog-queue
+              (lambda ()
+                (note (assoc 40023 (orvex-menu-items)))
+                (orvex-menu-choose 40013))))");
+    HostDialog dialog;
+    EXPECT_EQ(dialog.DoModal(), TemplateDialog::IDOK);
+    EXPECT_EQ(failures(), 0) << lines.join('\n').toStdString();
+    EXPECT_EQ(dialog.grid.chosen, 40013);
+    EXPECT_EQ(eval("seen"), R"(((40023 "Paste" nil) "after the menu"))");
+
+    // A disabled command cannot be chosen, and a menu nobody drives is closed.
+    eval("(orvex-dialog-queue (lambda () (orvex-grid-right-click 1002 1 1) (orvex-dialog-click "
+         "1)))");
+    eval("(orvex-dialog-queue (lambda () (orvex-menu-choose 40023)))");
+    HostDialog refused;
+    EXPECT_EQ(refused.DoModal(), TemplateDialog::IDOK);
+    EXPECT_EQ(refused.grid.chosen, 0);
+    EXPECT_EQ(failures(), 1);
+    ASSERT_FALSE(lines.isEmpty());
+    EXPECT_TRUE(lines.last().contains("command 40023 of the popup menu is disabled"))
+        << lines.last().toStdString();
 }
 
 TEST_F(DialogAutomationTest, MessageBoxesOpenForAProcedureAndAreRecorded) {
