@@ -13,7 +13,11 @@
 #include "platform/TemplateDialog.h"
 
 #include <QApplication>
+#include <QComboBox>
+#include <QListWidget>
+#include <QPushButton>
 #include <QStandardPaths>
+#include <QVBoxLayout>
 
 #include <gtest/gtest.h>
 
@@ -244,6 +248,48 @@ TEST_F(DialogAutomationTest, GridCellsStylesAndSelectionAfterClicksAndShiftClick
               R"(("text-color" . "#ffffff")))");
     EXPECT_EQ(eval("(nth 6 seen)"), "nil");
     EXPECT_EQ(eval("(nth 2 seen)"), "(3)");
+}
+
+TEST_F(DialogAutomationTest, RowsDragByTheirHeaderAndListsAndCombosTakeAnItem) {
+    eval(R"((orvex-dialog-queue
+              (lambda ()
+                (orvex-grid-click 1002 1 0)
+                (orvex-grid-drag-row 1002 1 3)
+                (note (list (orvex-grid-cell 1002 1 1) (orvex-grid-cell 1002 3 1)))
+                (orvex-dialog-click 1))))");
+    HostDialog dialog;
+    dialog.grid.GetParam()->EnableMoveRows(true);
+    EXPECT_EQ(dialog.DoModal(), TemplateDialog::IDOK);
+    EXPECT_EQ(failures(), 0) << lines.join('\n').toStdString();
+    EXPECT_EQ(eval("(car seen)"), R"(("r2c1" "r1c1"))");
+
+    // Qt's own controls, by object name.
+    QDialog plain;
+    plain.setWindowTitle("Plain");
+    auto* combo = new QComboBox(&plain);
+    combo->setObjectName("kind");
+    combo->addItems({"Single", "Twisted pair", "Shielded"});
+    auto* list = new QListWidget(&plain);
+    list->setObjectName("names");
+    list->addItems({"W1", "W2", "W3"});
+    auto* layout = new QVBoxLayout(&plain);
+    layout->addWidget(combo);
+    layout->addWidget(list);
+    auto* ok = new QPushButton("&OK", &plain);
+    layout->addWidget(ok);
+    QObject::connect(ok, &QPushButton::clicked, &plain, &QDialog::accept);
+    eval(R"((orvex-dialog-queue
+              (lambda ()
+                (orvex-dialog-choose "kind" "Shielded")
+                (orvex-dialog-choose "names" "W2")
+                (note (list (orvex-dialog-text "kind") (orvex-dialog-text "names")))
+                (orvex-dialog-choose "kind" "Single")
+                (orvex-dialog-answer "OK"))))");
+    EXPECT_EQ(plain.exec(), QDialog::Accepted);
+    EXPECT_EQ(combo->currentText(), "Single");
+    EXPECT_EQ(list->currentItem()->text(), "W2");
+    EXPECT_EQ(eval("(cadr seen)"), R"(("Shielded" "W2"))");
+    EXPECT_EQ(failures(), 0) << lines.join('\n').toStdString();
 }
 
 TEST_F(DialogAutomationTest, APopupMenuTakesTheNextProcedure) {
