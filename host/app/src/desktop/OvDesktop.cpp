@@ -5,6 +5,7 @@
 #include "OvDrawingView.h"
 #include "OvMainWindow.h"
 
+#include "ovauto/OvDialogAutomation.h"
 #include "ovcore/OvApDocManager.h"
 #include "ovcore/OvEdInput.h"
 #include "ovcore/OvHost.h"
@@ -72,6 +73,9 @@ bool OvDesktop::start(const OvDesktopOptions& options) {
     InitOvUiDLL();
     m_input = std::make_unique<OvDesktopInput>(window);
     ovedSetInputProvider(m_input.get());
+    // Scripts typed at the console or loaded may drive the dialogs they open; a person
+    // answers the others.
+    OvDialogAutomation::instance().install(OvDialogAutomation::Mode::Desktop);
     window->show();
 
     if (!options.project.isEmpty())
@@ -110,6 +114,7 @@ void OvDesktop::stop() {
         manager->closeAllDocuments();
     ovuiSetMainWindow(nullptr);
     m_window.reset();
+    OvDialogAutomation::instance().uninstall();
     ovedSetInputProvider(nullptr);
     m_input.reset();
     m_host->shutdown();
