@@ -11,6 +11,7 @@
 
 #include <QLoggingCategory>
 #include <QString>
+#include <QStringView>
 
 #include <cstddef>
 #include <iterator>
@@ -76,6 +77,28 @@ inline constexpr const char* kSqlMostUsedWireType =
     "SELECT TOP 1 WIRECOLOR, WIRESIZE, MAX(USERCOUNT) AS USRCOUNT FROM WIRETYPE GROUP BY "
     "WIRECOLOR, WIRESIZE";
 
+// Whether two names are the same without regard to case: the answer of QString's
+// case-blind comparison, cheaper, since the store asks it once per layer in its walks.
+// Case folding keeps the UTF-16 length of every character, so texts of different lengths
+// never match; ASCII letters fold among themselves. Other characters (a Kelvin sign folds
+// to 'k', a pair of surrogates to another pair) go to Qt.
+inline bool sameName(QStringView a, QStringView b) {
+    if (a.size() != b.size())
+        return false;
+    const char16_t* x = a.utf16();
+    const char16_t* y = b.utf16();
+    for (qsizetype i = 0; i < a.size(); ++i) {
+        if (x[i] == y[i])
+            continue;
+        if ((x[i] | y[i]) >= 0x80)
+            return a.compare(b, Qt::CaseInsensitive) == 0;
+        const char16_t lower = x[i] | 0x20;
+        if (lower != (y[i] | 0x20) || lower < u'a' || lower > u'z')
+            return false;
+    }
+    return true;
+}
+
 // The wildcard pattern of a wire layer: the first `length` characters of `name`, followed
 // by a star when `wildcardTail`. The matcher's characters that a layer name may hold but
 // that would not stand for themselves ('#' wants a digit, '@' a letter, '[' opens a set, a
@@ -99,7 +122,7 @@ QString formatStatement(const char* statement, const QString& first, const QStri
 template <class T> void releaseObject(T*& object) {
     if (!object)
         return;
-    if (!object->objectId().isNull())
+    if (!object->isNewObject())
         object->close();
     else
         delete object;

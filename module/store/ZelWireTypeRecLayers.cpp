@@ -54,7 +54,7 @@ bool ZelWireTypeRec::GetLayerTblRec(QString name, OvDb::OpenMode mode,
         }
         QString recordName;
         record->getName(recordName);
-        if (recordName.compare(name, Qt::CaseInsensitive) == 0) {
+        if (sameName(recordName, name)) {
             found = true;
             break;
         }
@@ -228,8 +228,7 @@ void ZelWireTypeRec::FilterInvalidLayerName(QString& name) {
 
 bool ZelWireTypeRec::CheckDuplicateLayerName(long key, QString name) {
     for (const auto& [recordKey, rec] : m_wireLayers) {
-        if (recordKey != key && rec->layerName.compare(name, Qt::CaseInsensitive) == 0 &&
-            isLive(rec))
+        if (recordKey != key && sameName(rec->layerName, name) && isLive(rec))
             return true;
     }
     return false;

@@ -64,8 +64,7 @@ void ZelWireTypeRec::ChoosePattern(const QString& name, qsizetype& length, QStri
             patternLength = length;
             const QStringView prefix = QStringView(name).left(length);
             const QString& other = m_nonWireLayers.at(i);
-            collides = QStringView(other).left(length).compare(prefix, Qt::CaseInsensitive) == 0 &&
-                       other.compare(name, Qt::CaseInsensitive) != 0;
+            collides = sameName(QStringView(other).left(length), prefix) && !sameName(other, name);
             // A longer pattern can only catch fewer names, so layers already passed stay
             // uncaught.
             if (collides)

@@ -148,9 +148,7 @@ bool OvDbObject::isNotifyEnabled() const {
     return m_notifiers > 0;
 }
 
-bool OvDbObject::assertReadEnabled() const {
-    if (OvDbAccess::isOpen(this))
-        return true;
+bool OvDbObject::reportNotReadEnabled() const {
     OvDbAccess::recordViolation(
         QStringLiteral("%1 was used while not open").arg(OvDbAccess::describe(this)));
     return false;

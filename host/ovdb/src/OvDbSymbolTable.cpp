@@ -203,10 +203,14 @@ OvDbObjectId OvDbSymbolTableIterator::recordId() const {
 Orvex::ErrorStatus OvDbSymbolTableIterator::openAs(OvDbSymbolTableRecord*& record, OvRxClass* cls,
                                                    OvDb::OpenMode mode, bool openErased) const {
     record = nullptr;
-    if (done())
+    // Once per record of every walk: the list is looked up once, and the open goes
+    // straight to the protocol.
+    const auto* list = records();
+    if (ovdbcursor::done(list, m_pos))
         return Orvex::eIteratorDone;
     OvDbObject* object = nullptr;
-    const Orvex::ErrorStatus es = ovdbOpenObject(object, recordId(), cls, mode, openErased);
+    const Orvex::ErrorStatus es =
+        OvDbAccess::open(object, (*list)[static_cast<std::size_t>(m_pos)], cls, mode, openErased);
     if (es == Orvex::eOk)
         record = static_cast<OvDbSymbolTableRecord*>(object);
     return es;

@@ -93,6 +93,11 @@ bool GridTestOwner::OnCommand(int id) {
             m_grid.SetNameCellEditable(row, true);
         return true;
     }
+    if (id == 40039) {
+        // The set-and-edit dialog's "edit cell in project drawing".
+        m_grid.MakeCellEditable(1);
+        return true;
+    }
     return platform::TemplateDialog::OnCommand(id);
 }
 

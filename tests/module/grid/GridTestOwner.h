@@ -6,7 +6,8 @@
 
 // A dialog of template 101 that owns a wire type grid the way the edit dialog does: the
 // grid in place of 1002, the format in 1019, the make-all-valid box 1027, OK running the
-// commit, Remove (1026) keeping the layers, Ctrl+V pasting. Tests work it with input
+// commit, Remove (1026) keeping the layers, Ctrl+V pasting, 40039 opening the current
+// cell in a drawing of the project. Tests work it with input
 // events only.
 class GridTestOwner : public platform::TemplateDialog {
 public:

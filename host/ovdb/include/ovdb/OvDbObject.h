@@ -53,7 +53,10 @@ public:
     bool isWriteEnabled() const;
     bool isNotifyEnabled() const;
     // Record a protocol violation when the object is not open as needed; they never throw.
-    bool assertReadEnabled() const;
+    bool assertReadEnabled() const {
+        // Asked by every getter: the open object answers without a call.
+        return m_writer || m_readers > 0 || m_notifiers > 0 || reportNotReadEnabled();
+    }
     bool assertWriteEnabled() const;
 
     // Null when the object has none; may name an erased dictionary.
@@ -76,6 +79,8 @@ protected:
 
 private:
     friend class OvDbAccess;
+
+    bool reportNotReadEnabled() const;
 
     OvDbStub* m_stub = nullptr;
     OvDbStub* m_owner = nullptr;
