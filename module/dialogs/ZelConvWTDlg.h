@@ -30,6 +30,9 @@ public:
     // dialog never frees it.
     virtual resbuf* GetResult() const { return m_result; }
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     void OnPick();
     void SelectEntityRow();

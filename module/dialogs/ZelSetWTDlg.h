@@ -26,6 +26,9 @@ public:
     // dialog never frees it.
     virtual resbuf* GetResult() const { return m_result; }
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     // The base dialog's help hook, which F1 reaches.
     bool OnHelpHook();

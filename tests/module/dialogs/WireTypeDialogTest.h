@@ -62,8 +62,16 @@ protected:
                                   bool makeAllValidWire = false) {
         OvDbDatabase* database = makeDrawing({"PLAIN"}, QString());
         ZelWireTypeRec store;
-        for (const QString& name : names)
-            EXPECT_EQ(addWireType(store, name), Orvex::eOk) << name.toStdString();
+        // Wire colour and size as the name spells them: "RED_1.5" is RED, 1.5.
+        for (const QString& name : names) {
+            std::vector<QString> propNames;
+            std::vector<QString> values;
+            EXPECT_EQ(store.AddNewWireType(0, name, propNames, values, name.section(u'_', 0, 0),
+                                           name.section(u'_', 1), "WIRE", OvCmColor(),
+                                           OvDbObjectId(), OvDb::kLnWtByLwDefault, 0, true),
+                      Orvex::eOk)
+                << name.toStdString();
+        }
         setCurrentRecord(database, names.value(0), current, makeAllValidWire, "%C_%S");
         m_plainLine = ZelTestDrawing::addLine(database, "PLAIN");
         for (const QString& name : names)
@@ -155,6 +163,14 @@ protected:
         ZelWTGrid& grid = gridOf(dialog);
         QTest::mouseClick(grid.viewport(), Qt::LeftButton, Qt::NoModifier,
                           cellCentre(grid, row, col));
+        settle();
+    }
+
+    static void clickRowHeader(platform::TemplateDialog& dialog, int row) {
+        QHeaderView* header = gridOf(dialog).verticalHeader();
+        const QPoint point(header->width() / 2, header->sectionViewportPosition(row - 1) +
+                                                    header->sectionSize(row - 1) / 2);
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, Qt::NoModifier, point);
         settle();
     }
 

@@ -42,6 +42,17 @@ TEST_F(SetWTDlgTest, OkStoresMakeAllValidAsOffSinceThisDialogLeavesTheBoxAlone) 
     EXPECT_EQ(currentRecord(database), "BLU_1.0|YEL_2.5|%C_%S|0");
 }
 
+TEST_F(SetWTDlgTest, ARowChosenByItsHeaderIsAChoiceToo) {
+    OvDbDatabase* database = wireTypeDrawing(kWireTypes, "BLU_1.0");
+    const QString answer =
+        runWith("(zel_wire_type_sel \"1\")", {[&](platform::TemplateDialog& dialog) {
+                    clickRowHeader(dialog, rowOf(dialog, "RED_1.5"));
+                    clickButton(dialog, 1);
+                }});
+    EXPECT_EQ(answer, R"(("RED_1.5" "0" "0" "1" "0"))");
+    EXPECT_EQ(currentLayer(database), "RED_1.5");
+}
+
 TEST_F(SetWTDlgTest, DoubleClickOnARowIsAnOk) {
     OvDbDatabase* database = wireTypeDrawing(kWireTypes, "BLU_1.0");
     const QString answer =
