@@ -8,6 +8,7 @@
 #include "ovcore/oved.h"
 #include "ovdb/ovut.h"
 #include "ovdb/resbuf.h"
+#include "ovui/OvUi.h"
 
 #include <QApplication>
 
@@ -46,7 +47,7 @@ int zel_wire_type_sel() {
     resbuf* result = nullptr;
     {
         const ResourceOverride resources;
-        QWidget* frame = nullptr;
+        QWidget* frame = ovedGetOrvexFrame();
         if (setMode) {
             ZelSetWTDlg dialog(frame, true);
             dialog.DoModal();
