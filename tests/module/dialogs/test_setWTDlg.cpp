@@ -97,20 +97,4 @@ TEST_F(SetWTDlgTest, WithoutAChoiceOkAndEnterKeepTheDialogOpen) {
     EXPECT_EQ(output().count("set_wire_type_dialog"), 2) << output().toStdString();
 }
 
-TEST_F(SetWTDlgTest, ShowsTheListAndItsButtonsOnly) {
-    wireTypeDrawing(kWireTypes, "RED_1.5");
-    runWith("(zel_wire_type_sel \"1\")", {[&](platform::TemplateDialog& dialog) {
-                for (int id : {1, 2, 1013, 1002})
-                    EXPECT_TRUE(dialog.IsDlgItemVisible(id)) << id;
-                for (int id : {1008, 1009, 1010, 1018, 1019, 1027, 1034, 1026, 1014})
-                    EXPECT_FALSE(dialog.IsDlgItemVisible(id)) << id;
-                ZelWTGrid& grid = gridOf(dialog);
-                EXPECT_EQ(grid.GetWireTypeRows(), 3);
-                EXPECT_TRUE(grid.IsReadOnly());
-                // The current wire type is the row painted grey.
-                EXPECT_EQ(grid.CurrentRow(), rowOf(dialog, "RED_1.5"));
-                clickButton(dialog, 2);
-            }});
-}
-
 } // namespace
