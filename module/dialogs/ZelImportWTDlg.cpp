@@ -2,6 +2,7 @@
 
 #include "shell/ResourceOverride.h"
 
+#include "ovcore/OvEdInput.h"
 #include "platform/Resources.h"
 
 #include <QKeyEvent>
@@ -74,7 +75,7 @@ bool ZelImportWTDlg::PreTranslateKey(QKeyEvent* event) {
 }
 
 void ZelImportWTDlg::ShowHelp() {
-    // HELP-PENDING: the host's help viewer comes with its windows.
+    ovedHelp(L"", L"import_wire_types_dialog", 0);
 }
 
 void ZelImportWTDlg::RefreshButtons() {
