@@ -12,6 +12,8 @@
 
 #include "ovcore/oved.h"
 #include "ovdb/ovut.h"
+#include "ovui/NqTaskDialog.h"
+#include "ovui/OvUi.h"
 
 #include <string>
 #include <vector>
@@ -133,8 +135,12 @@ int zel_invoke_importwt_dlg() {
             ovedRetList(answer.get());
         }
     }
+    // Without the dialog the caller works on its own and tells its user itself.
     if (args.showDialog && noWireTypes) {
-        // NOWT-PENDING: the task dialog of the host
+        NqTaskDialog notice;
+        if (notice.LoadFromFile(L"/ZelTaskDialogsRes;component/TaskDialogs.xaml",
+                                L"ZelImportWireType.NoWireTypeFound", nullptr, 0))
+            notice.ShowDialog(ovqw_orvexMainWnd());
     }
     return 1;
 }

@@ -9,10 +9,11 @@
 #include "shell/ResourceOverride.h"
 
 #include "ovcore/oved.h"
+#include "ovui/OvUi.h"
 
 int zel_rename_wire_properties() {
     const ResourceOverride resources;
-    QWidget* frame = nullptr;
+    QWidget* frame = ovedGetOrvexFrame();
     const QString text = zellisp::lispString(ovedGetArgs());
     ZelWirePropDlg dialog(frame, text);
     dialog.DoModal();
