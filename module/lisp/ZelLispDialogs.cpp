@@ -1,9 +1,32 @@
 #include "lisp/ZelLispDialogs.h"
 
-#include "ovdb/ovut.h"
+#include "dialogs/ZelEditWTDlg.h"
+#include "shell/ResourceOverride.h"
+#include "shell/ZelHostServices.h"
+
+#include "ovcore/OvApDocManager.h"
+#include "ovcore/OvApDocument.h"
+#include "zeldefun/ZelQvxBlockRef.h"
+
+#include <QApplication>
 
 void WireTypeSelCommand() {
-    // Until the dialog is there, the command says so and changes nothing.
-    ovutPrintf(
-        L"\nWireTypeSel1: the wire type dialogs come with a later version of ZelWireType.\n");
+    const ResourceOverride resources;
+    QWidget* frame = QApplication::activeWindow();
+
+    // The add-on's picture of the drawing must be there before the dialog writes
+    // WIRELAYS: a drawing without a WD_M block is read once more, and the dialog opens
+    // whatever that gives.
+    {
+        ZelQvxBlockRef reference;
+        const OvApDocManager* documents = ovDocManagerPtr();
+        const OvApDocument* document = documents ? documents->curDocument() : nullptr;
+        const QString fileName = document ? document->fileName() : QString();
+        if (reference.open(fileName, 64, false) && !reference.find(QStringLiteral("WD_M"), 0, 0))
+            ReadDwgParams();
+        reference.close();
+    }
+
+    ZelEditWTDlg dialog(frame, false);
+    dialog.DoModal();
 }

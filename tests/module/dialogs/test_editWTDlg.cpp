@@ -1,0 +1,345 @@
+// The create and edit wire types dialog, run modally over a saved drawing and worked with
+// mouse and key events; what it did is read back from the saved file.
+
+#include "DialogTest.h"
+
+#include "dialogs/ZelEditWTDlg.h"
+#include "store/ZelWireTypeRec.h"
+
+#include "ovcore/OvEdBatchInput.h"
+#include "ovdb/OvDbDatabase.h"
+#include "ovdb/OvDbLayerTableRecord.h"
+#include "ovdb/ovdb.h"
+#include "platform/MessageBox.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QClipboard>
+#include <QLineEdit>
+#include <QTest>
+#include <iostream>
+
+namespace {
+
+bool enabled(ZelEditWTDlg& dialog, int id) {
+    return dialog.IsDlgItemEnabled(id);
+}
+
+} // namespace
+
+using EditWTDlgTest = DialogTest;
+
+TEST_F(EditWTDlgTest, ATypedColourAndSizeMakeAWireTypeInTheSavedDrawing) {
+    wireTypeDrawing({"RED_1"});
+    const int result = runEditDialog([&] {
+        EXPECT_EQ(gridNames(), QStringList{"RED_1"});
+        EXPECT_EQ(dialog().windowTitle(), moduleString(167));
+        EXPECT_FALSE(dialog().IsDlgItemVisible(1014)) << "the options of the choosing dialogs";
+        typeInto(2, 3, "BLU");
+        typeInto(2, 4, "2.5");
+        EXPECT_EQ(cell(2, 5), "BLU_2.5");
+        clickCell(2, 5);
+        clickButton(1);
+    });
+    EXPECT_EQ(result, platform::TemplateDialog::IDOK);
+    EXPECT_EQ(ZelWireTypeRec::m_nKey, 0) << "the keys start again for the next dialog";
+
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    ASSERT_TRUE(layerId(&saved, "BLU_2.5").isValid());
+    EXPECT_TRUE(wireRecord(&saved, "BLU_2.5").contains("(1 . \"BLU\") (2 . \"2.5\")"))
+        << wireRecord(&saved, "BLU_2.5").toStdString();
+    EXPECT_FALSE(wireRecord(&saved, "RED_1").isEmpty());
+}
+
+TEST_F(EditWTDlgTest, CancelAsksOnlyAfterChangesAndNoLeavesTheDrawingAsItWas) {
+    wireTypeDrawing({"BLUE_1", "RED_1"});
+
+    // Nothing changed: Cancel closes without a question.
+    EXPECT_EQ(runEditDialog([&] { clickButton(2); }), platform::TemplateDialog::IDCANCEL);
+    EXPECT_TRUE(messages().shown().empty());
+
+    const int result = runEditDialog([&] {
+        typeInto(3, 3, "GRN");
+        clickCell(1, 5);
+        // Cancel to the question keeps the dialog and the typed row.
+        messages().answer(platform::IDCANCEL);
+        clickButton(2);
+        ASSERT_TRUE(dialog().isVisible());
+        EXPECT_EQ(cell(3, 5), "GRN");
+        messages().answer(platform::IDNO);
+        clickButton(2);
+    });
+    EXPECT_EQ(result, platform::TemplateDialog::IDCANCEL);
+    EXPECT_EQ(messages().shownTexts(),
+              (std::vector<QString>{moduleString(113), moduleString(113)}));
+    EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
+
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    EXPECT_FALSE(layerId(&saved, "GRN").isValid());
+    EXPECT_FALSE(wireRecord(&saved, "BLUE_1").isEmpty());
+}
+
+TEST_F(EditWTDlgTest, YesToTheCancelQuestionCommitsAndStillEndsAsCancel) {
+    wireTypeDrawing({"RED_1"});
+    const int result = runEditDialog([&] {
+        typeInto(2, 3, "GRN");
+        clickCell(1, 5);
+        messages().answer(platform::IDYES);
+        key(Qt::Key_Escape);
+    });
+    EXPECT_EQ(result, platform::TemplateDialog::IDCANCEL);
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    EXPECT_TRUE(layerId(&saved, "GRN").isValid());
+}
+
+TEST_F(EditWTDlgTest, RemoveKeepsTheLayersAndDeleteErasesThemAtOk) {
+    wireTypeDrawing({"BLUE_1", "GRN_1", "RED_1", "YEL_1"});
+    const int result = runEditDialog([&] {
+        ASSERT_EQ(gridNames(), (QStringList{"BLUE_1", "GRN_1", "RED_1", "YEL_1"}));
+        // Remove asks first; No changes nothing.
+        clickRowHeader(3);
+        messages().answer(platform::IDNO);
+        clickButton(1026);
+        EXPECT_EQ(gridNames().size(), 4);
+        messages().answer(platform::IDYES);
+        clickButton(1026);
+        EXPECT_EQ(gridNames(), (QStringList{"BLUE_1", "GRN_1", "YEL_1"}));
+        // Delete from the menu asks nothing.
+        clickRowHeader(2);
+        clickRowHeader(3, Qt::ShiftModifier);
+        contextMenu(2, 5, 40028);
+        EXPECT_EQ(gridNames(), QStringList{"BLUE_1"});
+        clickCell(1, 5);
+        clickButton(1);
+    });
+    EXPECT_EQ(result, platform::TemplateDialog::IDOK);
+    EXPECT_EQ(messages().shownTexts(),
+              (std::vector<QString>{moduleString(109), moduleString(109)}));
+
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    EXPECT_TRUE(layerId(&saved, "RED_1").isValid()) << "a removed wire type keeps its layer";
+    EXPECT_TRUE(wireRecord(&saved, "RED_1").isEmpty());
+    EXPECT_FALSE(layerId(&saved, "GRN_1").isValid()) << "a deleted one loses it";
+    EXPECT_FALSE(layerId(&saved, "YEL_1").isValid());
+    EXPECT_FALSE(wireRecord(&saved, "BLUE_1").isEmpty());
+}
+
+TEST_F(EditWTDlgTest, RemoveAndDeleteFollowedByCancelLeaveTheDrawingAsItWas) {
+    wireTypeDrawing({"BLUE_1", "GRN_1", "RED_1"});
+    runEditDialog([&] {
+        clickRowHeader(3);
+        messages().answer(platform::IDYES);
+        clickButton(1026);
+        clickRowHeader(2);
+        contextMenu(2, 5, 40028);
+        ASSERT_EQ(gridNames(), QStringList{"BLUE_1"});
+        messages().answer(platform::IDNO);
+        clickButton(2);
+    });
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    for (const char* name : {"RED_1", "BLUE_1", "GRN_1"})
+        EXPECT_FALSE(wireRecord(&saved, name).isEmpty()) << name;
+}
+
+TEST_F(EditWTDlgTest, ADuplicateNameStopsTheCommitOnItsRow) {
+    wireTypeDrawing({"BLUE_1", "RED_1"});
+    const int result = runEditDialog([&] {
+        typeInto(1, 5, "RED_1");
+        clickCell(1, 3);
+        clickButton(1);
+        for (const QString& text : messages().shownTexts())
+            std::cerr << text.toStdString() << "\n";
+        std::cerr << gridNames().join(",").toStdString() << "\n";
+        ASSERT_TRUE(dialog().isVisible()) << "the commit stopped";
+        settle();
+        EXPECT_EQ(currentCell().second, 5);
+        EXPECT_EQ(cell(currentCell().first, 5), "RED_1");
+        EXPECT_FALSE(messages().shown().empty());
+        key(Qt::Key_Backspace);
+        typeText("2");
+        key(Qt::Key_Tab);
+        clickCell(2, 3);
+        clickButton(1);
+    });
+    EXPECT_EQ(result, platform::TemplateDialog::IDOK);
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    EXPECT_TRUE(layerId(&saved, "RED_2").isValid());
+    EXPECT_FALSE(layerId(&saved, "BLUE_1").isValid()) << "renamed";
+}
+
+TEST_F(EditWTDlgTest, TheLayerNameFormatRefusesWhatNamesNoTokenAndKeepsTheLastGoodOne) {
+    wireTypeDrawing({"RED_1"});
+    runEditDialog([&] {
+        auto* edit = qobject_cast<QLineEdit*>(dialog().GetDlgItem(1019));
+        ASSERT_NE(edit, nullptr);
+        EXPECT_EQ(edit->text(), "%C_%S");
+        struct Case {
+            const char* typed;
+            bool refused;
+        };
+        for (const Case& c : {Case{"ABC", true}, Case{"%X_%S", true}, Case{"%C_", true},
+                              Case{"%C_%", true}, Case{" %c-%s ", false}, Case{"W%1", false}}) {
+            edit->setFocus();
+            edit->selectAll();
+            typeText(c.typed);
+            bool alerted = false;
+            whenModal([&](QWidget* modal) {
+                alerted =
+                    modal->objectName() == "107" || modal->findChild<QWidget*>("1021") != nullptr;
+                if (auto* close = modal->findChild<QAbstractButton*>("2"))
+                    QTest::mouseClick(close, Qt::LeftButton);
+            });
+            clickCell(1, 3);
+            QTest::qWait(100);
+            settle();
+            EXPECT_EQ(alerted, c.refused) << c.typed;
+            if (c.refused) {
+                EXPECT_EQ(edit->text(), dialog().LayerFormat()) << c.typed;
+            }
+        }
+        EXPECT_EQ(dialog().LayerFormat(), "W%1");
+        clickCell(1, 3);
+        clickButton(1);
+    });
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    EXPECT_TRUE(currentRecord(&saved).contains("|W%1|")) << currentRecord(&saved).toStdString();
+}
+
+TEST_F(EditWTDlgTest, MakeDefaultShowsTheRowAndTheDrawingKeepsIt) {
+    wireTypeDrawing({"BLUE_1", "RED_1"});
+    runEditDialog([&] {
+        clickCell(1, 5);
+        clickButton(1032);
+        EXPECT_EQ(dialog().GetDlgItemText(1033), "BLUE_1");
+        clickButton(1);
+    });
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    EXPECT_TRUE(currentRecord(&saved).startsWith("BLUE_1|")) << currentRecord(&saved).toStdString();
+}
+
+TEST_F(EditWTDlgTest, TheMakeAllValidBoxLocksTheDialogAndTheDrawingKeepsIt) {
+    wireTypeDrawing({"RED_1"});
+    runEditDialog([&] {
+        EXPECT_TRUE(enabled(dialog(), 1025));
+        clickControl(1027);
+        EXPECT_EQ(dialog().IsDlgButtonChecked(1027), 1);
+        for (const int id : {1026, 1025, 1012, 1011, 1016, 1032, 1019})
+            EXPECT_FALSE(enabled(dialog(), id)) << id;
+        EXPECT_FALSE(grid().isEnabled());
+        for (const int id : {1, 2, 1013, 1027})
+            EXPECT_TRUE(enabled(dialog(), id)) << id;
+        clickButton(1);
+    });
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    EXPECT_TRUE(currentRecord(&saved).endsWith("|1")) << currentRecord(&saved).toStdString();
+
+    // Opened again on that drawing: no wire rows, grey and locked, until the box is off.
+    runEditDialog([&] {
+        EXPECT_EQ(dialog().IsDlgButtonChecked(1027), 1);
+        EXPECT_EQ(grid().GetWireTypeRows(), 0);
+        EXPECT_FALSE(grid().isEnabled());
+        EXPECT_FALSE(enabled(dialog(), 1025));
+        clickControl(1027);
+        EXPECT_TRUE(grid().isEnabled());
+        EXPECT_TRUE(enabled(dialog(), 1025));
+        clickButton(1);
+    });
+    OvDbDatabase again(false, true);
+    saveAndReadBack(again);
+    EXPECT_TRUE(currentRecord(&again).endsWith("|0")) << currentRecord(&again).toStdString();
+}
+
+TEST_F(EditWTDlgTest, AddExistingLayersTakesThePatternTypedAtTheCommandLine) {
+    wireTypeDrawing({"RED_1"}, {"PUMP_A", "PUMP_B", "VALVE"});
+    loadAddonLisp("wd_lay.scm");
+    OvEdBatchInput::instance().queueInput("pump*");
+    runEditDialog([&] {
+        clickButton(1025);
+        EXPECT_EQ(gridNames(), (QStringList{"RED_1", "PUMP_A", "PUMP_B"}));
+        // A cancelled request adds nothing.
+        OvEdBatchInput::instance().queueInputCancel();
+        clickButton(1025);
+        EXPECT_EQ(gridNames().size(), 3);
+        clickCell(1, 5);
+        clickButton(1);
+    });
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    EXPECT_FALSE(wireRecord(&saved, "PUMP_A").isEmpty());
+    EXPECT_FALSE(wireRecord(&saved, "PUMP_B").isEmpty());
+    EXPECT_TRUE(wireRecord(&saved, "VALVE").isEmpty());
+}
+
+TEST_F(EditWTDlgTest, EscUndoesAnOpenCellBeforeItCancelsAndEnterNeverLeaves) {
+    wireTypeDrawing({"RED_1"});
+    const int result = runEditDialog([&] {
+        clickCell(1, 3);
+        typeText("XX");
+        ASSERT_TRUE(grid().IsActiveCurrentCell());
+        key(Qt::Key_Escape);
+        ASSERT_TRUE(dialog().isVisible());
+        EXPECT_EQ(cell(1, 3), "");
+        dialog().GetDlgItem(1019)->setFocus();
+        key(Qt::Key_Return);
+        ASSERT_TRUE(dialog().isVisible()) << "Enter is no OK";
+        clickCell(1, 3);
+        key(Qt::Key_Escape);
+    });
+    EXPECT_EQ(result, platform::TemplateDialog::IDCANCEL);
+}
+
+TEST_F(EditWTDlgTest, TheMenuFitsWhatWasClicked) {
+    wireTypeDrawing({"BLUE_1", "RED_1"});
+    runEditDialog([&] {
+        EXPECT_EQ(contextMenu(1, 2), QStringList{"no menu"}) << "the in-use column";
+        clickCell(1, 5);
+        const QStringList onName = contextMenu(1, 5);
+        EXPECT_TRUE(onName.contains("40013"));
+        EXPECT_TRUE(onName.contains("40043"));
+        EXPECT_FALSE(onName.contains("40014")) << "a cut would empty the layer name";
+        EXPECT_FALSE(onName.contains("40039"));
+        clickCell(2, 3);
+        const QStringList onColour = contextMenu(2, 3);
+        EXPECT_TRUE(onColour.contains("40014"));
+        EXPECT_FALSE(onColour.contains("40043"));
+        clickButton(2);
+    });
+}
+
+TEST_F(EditWTDlgTest, RowsCopiedInOneRunArePastedInTheNext) {
+    wireTypeDrawing({"RED_1"});
+    runEditDialog([&] {
+        typeInto(1, 3, "RD");
+        typeInto(1, 4, "1");
+        clickCell(1, 3);
+        clickCell(1, 4, Qt::ShiftModifier);
+        key(Qt::Key_C, Qt::ControlModifier);
+        EXPECT_EQ(QApplication::clipboard()->text(), "RD\t1\n");
+        // Ctrl+C in the format edit is the edit's own.
+        dialog().GetDlgItem(1019)->setFocus();
+        key(Qt::Key_C, Qt::ControlModifier);
+        messages().answer(platform::IDNO);
+        clickButton(2);
+    });
+    runEditDialog([&] {
+        clickCell(2, 3);
+        key(Qt::Key_V, Qt::ControlModifier);
+        EXPECT_EQ(cell(2, 3), "RD");
+        EXPECT_EQ(cell(2, 4), "1");
+        clickCell(1, 3);
+        clickButton(1);
+    });
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    EXPECT_TRUE(wireRecord(&saved, "RD_1").contains("(1 . \"RD\") (2 . \"1\")"))
+        << wireRecord(&saved, "RD_1").toStdString();
+}
