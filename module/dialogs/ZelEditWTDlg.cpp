@@ -235,6 +235,13 @@ qintptr ZelEditWTDlg::OnPrivateMessage(unsigned message, quintptr wParam, qintpt
 }
 
 qintptr ZelEditWTDlg::OnEnableOK(quintptr wParam) {
+    // A locked dialog has no row to stand on, and its OK keeps the box; a grid left without
+    // wire types (the box just switched off) has no row that could be at fault. The
+    // grid's reports of no current row must not take OK away from either.
+    if ((IsDlgButtonChecked(1027) == 1 && !m_grid.isEnabled()) || m_grid.GetWireTypeRows() == 0) {
+        EnableDlgItem(1, true);
+        return 0;
+    }
     const bool one = wParam != 0 && m_grid.GetSelectedRows(false, true).size() == 1;
     EnableDlgItem(1, one);
     return 0;
