@@ -1,12 +1,140 @@
+// (zel_invoke_importwt_dlg "source" show ("listDrawing" "name" ...)): the wire types of
+// another drawing, for the add-on's import. With `show` non-zero the drafter chooses them
+// in the import dialog; with 0 nothing is shown and every row comes back as the add-on's
+// LISP side gave it. The names after listDrawing are preselected, but only when they were
+// listed for this same source.
+
 #include "lisp/ZelLispDialogs.h"
+
+#include "dialogs/ZelImportWTDlg.h"
+#include "lisp/ZelLispArgs.h"
+#include "shell/ResourceOverride.h"
 
 #include "ovcore/oved.h"
 #include "ovdb/ovut.h"
 
+#include <string>
+#include <vector>
+
+using namespace zellisp;
+
+namespace {
+
+struct ImportArgs {
+    QString sourceDrawing;
+    bool showDialog = true;
+    QString listDrawing;
+    std::vector<QString> preselected;
+};
+
+// The third argument is read flat, brackets and all: strings count, anything else is
+// passed over, and the first list end stops the reading.
+bool readArgs(const resbuf* args, ImportArgs& out) {
+    if (!args)
+        return false;
+    out.sourceDrawing = lispString(args);
+    const resbuf* show = args->rbnext;
+    if (!show)
+        return true;
+    if (show->restype == RTSHORT)
+        out.showDialog = show->resval.rint != 0;
+    bool first = true;
+    for (const resbuf* link = show->rbnext; link && link->restype != RTLE; link = link->rbnext) {
+        if (link->restype != RTSTR)
+            continue;
+        const QString text = lispString(link);
+        if (first)
+            out.listDrawing = text;
+        else
+            out.preselected.push_back(text);
+        first = false;
+    }
+    return true;
+}
+
+resbuf* shortLink(bool value) {
+    resbuf* link = ovutNewRb(RTSHORT);
+    if (link)
+        link->resval.rint = value ? 1 : 0;
+    return link;
+}
+
+// (sourceDrawing (properties appearance) ...: the head every answer starts with, left open
+// for the third element.
+ChainPtr answerHead(const QString& sourceDrawing) {
+    ChainPtr chain =
+        adoptChain(ovutBuildList(RTLB, RTSTR, sourceDrawing.toStdWString().c_str(), RTLB, 0));
+    resbuf* tail = appendChain(chain, nullptr, shortLink(ZelImportWTDlg::GetImportProperties()));
+    tail = appendChain(chain, tail, shortLink(ZelImportWTDlg::GetImportAppearance()));
+    appendChain(chain, tail, ovutBuildList(RTLE, 0));
+    return chain;
+}
+
+ChainPtr rowsAnswer(const QString& sourceDrawing, const ZelImportWTDlg::Rows& rows) {
+    ChainPtr chain = answerHead(sourceDrawing);
+    resbuf* tail = appendChain(chain, nullptr, ovutBuildList(RTLB, 0));
+    for (const ZelImportWTDlg::RowFields& row : rows) {
+        tail = appendChain(chain, tail, ovutBuildList(RTLB, 0));
+        for (const QString& field : row)
+            tail = appendChain(chain, tail, ovutBuildList(RTSTR, field.toStdWString().c_str(), 0));
+        tail = appendChain(chain, tail, ovutBuildList(RTLE, 0));
+    }
+    appendChain(chain, tail, ovutBuildList(RTLE, RTLE, 0));
+    return chain;
+}
+
+// Without the dialog the add-on's answer goes back whole, taken into the result.
+ChainPtr settingsAnswer(const QString& sourceDrawing, resbuf*& settings) {
+    ChainPtr chain = answerHead(sourceDrawing);
+    resbuf* tail = appendChain(chain, nullptr, ovutBuildList(RTLB, 0));
+    tail = appendChain(chain, tail, settings);
+    settings = nullptr;
+    appendChain(chain, tail, ovutBuildList(RTLE, RTLE, 0));
+    return chain;
+}
+
+} // namespace
+
 int zel_invoke_importwt_dlg() {
-    // Until its dialog is there, the function says so and changes nothing.
-    ovutPrintf(L"\nzel_invoke_importwt_dlg: the wire type dialogs come with a later version of "
-               L"ZelWireType.\n");
-    ovedRetNil();
+    const ResourceOverride resources;
+    ImportArgs args;
+    if (!readArgs(ovedGetArgs(), args)) {
+        ovutPrintf(L"\nzel_invoke_importwt_dlg: give the drawing or template to import from.\n");
+        ovedRetNil();
+        return 1;
+    }
+    // Names listed for another source would select rows that only share a name.
+    if (args.listDrawing.compare(args.sourceDrawing, Qt::CaseInsensitive) != 0)
+        args.preselected.clear();
+
+    bool noWireTypes = false;
+    const std::wstring source = args.sourceDrawing.toStdWString();
+    ChainPtr request = adoptChain(
+        ovutBuildList(RTSTR, L"wd_wirlay_get_dwg_wiretype_settings", RTSTR, source.c_str(), 0));
+    if (request) {
+        resbuf* settings = nullptr;
+        const int status = ovedInvoke(request.get(), &settings);
+        if (status != RTNORM || !settings || settings->restype == RTNIL) {
+            noWireTypes = true;
+            ovutRelRb(settings);
+        } else {
+            // The dialog has no parent window: it is the drafter's one window while it runs.
+            ZelImportWTDlg dialog(settings, args.preselected, nullptr);
+            ChainPtr answer = adoptChain(nullptr);
+            if (!args.showDialog) {
+                answer = settingsAnswer(args.sourceDrawing, settings);
+            } else {
+                const int result = dialog.DoModal();
+                answer = rowsAnswer(args.sourceDrawing, result == 1 ? dialog.GetChosenRows(true)
+                                                                    : dialog.GetPresetRows(true));
+                ovutRelRb(settings);
+                settings = nullptr;
+            }
+            ovedRetList(answer.get());
+        }
+    }
+    if (args.showDialog && noWireTypes) {
+        // NOWT-PENDING: the task dialog of the host
+    }
     return 1;
 }

@@ -85,8 +85,8 @@ constexpr StringEntry kTable[] = {
     {168, "The picked object lies on layer %s, which is not a wire type."},
     {169, "Import..."},
     {170, "Import Wire Types from Drawing or Template"},
-    {171, "Select All"},
-    {172, "Clear All"},
+    {171, "&Select All"},
+    {172, "&Clear All"},
 };
 
 static_assert(isStrictlyRising(kTable), "string numbers must rise and stand once each");

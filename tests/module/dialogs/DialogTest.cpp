@@ -226,6 +226,6 @@ void DialogTest::saveAndReadBack(OvDbDatabase& saved) {
 
 void DialogTest::loadAddonLisp(const QString& file) {
     const ovcore::lisp::EvalResult loaded =
-        ovcore::lisp::loadFile(QStringLiteral(ZEL_ADDON_LISP_DIR "/") + file);
+        ovcore::lisp::loadFile(programFolder() + QStringLiteral("/addon-lisp/") + file);
     ASSERT_TRUE(loaded.ok) << loaded.error.toStdString();
 }

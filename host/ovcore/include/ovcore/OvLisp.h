@@ -52,4 +52,13 @@ QString toLispNotation(const resbuf* chain);
 // call's outcome. Returns a function that puts the previous observer back.
 std::function<void()> setCallObserver(std::function<void(const QString& functionName)> afterCall);
 
+// A LISP function of the host that a library outside the core provides (the host's dialogs).
+// It is defined in the host module, so that every document has it, and a later definition of
+// the same name replaces it. The function receives the call's arguments as a chain (null for
+// none; the host frees it) and returns its value as a chain that the host frees (null for
+// nil). It says what is wrong with its arguments itself, at the command line. False when the
+// LISP environment is not usable or the name is not a plain symbol name.
+using HostFunction = std::function<resbuf*(const resbuf* args)>;
+bool defineHostFunction(const QString& name, HostFunction function);
+
 } // namespace ovcore::lisp

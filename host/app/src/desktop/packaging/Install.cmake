@@ -6,7 +6,7 @@ set(ORVEX_LIBDIR lib/orvex)
 
 function(orvex_install_program)
   set(targets orvex)
-  foreach(target ovdb ovcore zelplatform ZelPmProject ZelPmDefun ZelPmOleDb ZelWireTypeRes
+  foreach(target ovdb ovcore ovui zelplatform ZelPmProject ZelPmDefun ZelPmOleDb ZelWireTypeRes
                  ZelAddonLisp ZelWireType)
     if(TARGET ${target})
       list(APPEND targets ${target})

@@ -1,0 +1,252 @@
+// The import dialog as the add-on opens it through zel_invoke_importwt_dlg over the demo's
+// import drawing, and as the edit dialog reads its rows.
+
+#include "ImpDlgTest.h"
+
+#include "dialogs/ZelImportWTDlg.h"
+#include "shell/ResourceOverride.h"
+
+#include "ovdb/ovut.h"
+
+#include <QFile>
+#include <QHeaderView>
+#include <QRegularExpression>
+#include <QTest>
+#include <QTimer>
+
+namespace {
+
+using ImportDialogTest = ImpDlgTest;
+
+// A row of the demo's import drawing in LISP order: layer, colour, size, the values given
+// and empty ones up to twenty, the flag.
+QString lispRow(const QString& layer, const QString& colour, const QString& size,
+                const QStringList& values, const QString& flag) {
+    QStringList fields = {layer, colour, size};
+    for (int i = 0; i < 20; ++i)
+        fields << (i < values.size() ? values[i] : QString());
+    fields << flag;
+    return "(\"" + fields.join("\" \"") + "\")";
+}
+
+const QString kGrey = lispRow("GY_0.5", "GY", "0.5", {"PVC", "300/300 V", "70 °C"}, "0");
+const QString kBlack = lispRow("BK_1.5", "BK", "1.5", {"Rubber", "450/750 V", "60 °C"}, "1");
+const QString kWhite = lispRow("WH_0.75", "WH", "0.75", {"PTFE"}, "1");
+// A list of lists opens with a bracket of its own, which the list reads as a first row.
+const QString kEmptyFirstRow = lispRow("", "", "", {}, "1");
+
+QString options() {
+    return QStringLiteral("(%1 %2)")
+        .arg(ZelImportWTDlg::GetImportProperties() ? 1 : 0)
+        .arg(ZelImportWTDlg::GetImportAppearance() ? 1 : 0);
+}
+
+QString call(const QString& path, int show, const QString& list) {
+    return QStringLiteral("(zel_invoke_importwt_dlg \"%1\" %2 %3)").arg(path).arg(show).arg(list);
+}
+
+void setCheck(platform::TemplateDialog& dialog, int id, bool on) {
+    if ((dialog.IsDlgButtonChecked(id) != 0) != on)
+        ImpDlgTest::click(dialog, id);
+}
+
+TEST_F(ImportDialogTest, TheDrafterClearsAllChoosesTwoRowsAndTakesOverProperties) {
+    const QString path = importDrawing();
+    const QString value = runWithDialog(
+        call(path, 1, "(list \"" + path + "\")"), [&](platform::TemplateDialog& base) {
+            auto& dialog = dynamic_cast<ZelImportWTDlg&>(base);
+            ZelImportWTGrid& grid = dialog.grid();
+            ASSERT_EQ(grid.GetLoadedRows(), 6);
+            QStringList layers;
+            for (int row = 1; row <= 6; ++row)
+                layers << cell(grid, row, 3);
+            EXPECT_EQ(layers, QStringList({"", "BK_1.5", "BN_1", "GY_0.5", "OG_2.5", "WH_0.75"}));
+            EXPECT_EQ(cell(grid, 4, 1), "GY");
+            EXPECT_EQ(cell(grid, 4, 4), moduleString(116));
+            EXPECT_EQ(cell(grid, 2, 4), moduleString(115));
+            EXPECT_EQ(cell(grid, 2, 5), "Rubber");
+            EXPECT_EQ(grid.GetValueRowCol(0, 3), moduleString(105));
+
+            // Nobody named rows: all are chosen, and the toggle still shows the template's
+            // caption, which is not "Clear All".
+            EXPECT_EQ(grid.GetSelectedRows(true, false).size(), 6u);
+            EXPECT_TRUE(dialog.IsDlgItemEnabled(1));
+            const QString templateCaption = dialog.GetDlgItemText(1036);
+            EXPECT_NE(templateCaption.compare(moduleString(172), Qt::CaseInsensitive), 0);
+
+            click(dialog, 1036);
+            EXPECT_EQ(dialog.GetDlgItemText(1036), moduleString(172));
+            EXPECT_EQ(grid.GetSelectedRows(true, false).size(), 6u);
+            click(dialog, 1036);
+            EXPECT_EQ(dialog.GetDlgItemText(1036), moduleString(171));
+            EXPECT_TRUE(selectedLayers(grid).isEmpty());
+            EXPECT_FALSE(dialog.IsDlgItemEnabled(1));
+
+            // A click into an empty choice picks its row; Ctrl adds another.
+            clickCell(grid, 4, 5);
+            clickCell(grid, 2, 1, Qt::ControlModifier);
+            EXPECT_EQ(selectedLayers(grid), QStringList({"BK_1.5", "GY_0.5"}));
+            EXPECT_TRUE(dialog.IsDlgItemEnabled(1));
+            // A plain click with rows chosen keeps them.
+            clickCell(grid, 5, 3);
+            EXPECT_EQ(selectedLayers(grid), QStringList({"BK_1.5", "GY_0.5"}));
+
+            setCheck(dialog, 1037, false);
+            setCheck(dialog, 1039, true);
+            click(dialog, 1);
+        });
+    // The rows in the order the drafter chose them.
+    EXPECT_EQ(value, "(\"" + path + "\" (1 0) (" + kGrey + " " + kBlack + "))");
+    EXPECT_TRUE(ZelImportWTDlg::GetImportProperties());
+    EXPECT_FALSE(ZelImportWTDlg::GetImportAppearance());
+
+    // The boxes come back as the last OK left them.
+    runWithDialog(call(path, 1, "nil"), [&](platform::TemplateDialog& dialog) {
+        EXPECT_EQ(dialog.IsDlgButtonChecked(1037), 0);
+        EXPECT_EQ(dialog.IsDlgButtonChecked(1039), 1);
+        click(dialog, 2);
+    });
+}
+
+TEST_F(ImportDialogTest, CancelGivesThePresetRowsAndKeepsTheLastAcceptedOptions) {
+    const QString path = importDrawing();
+    const QString before = options();
+    // The list names the same drawing in other letters; names match with case only.
+    const QString list = "(list \"" + path.toUpper() + "\" \"WH_0.75\" \"bk_1.5\" \"GY_0.5\")";
+    bool shown = false;
+    QString value = runWithDialog(
+        call(path, 1, list),
+        [&](platform::TemplateDialog& base) {
+            auto& dialog = dynamic_cast<ZelImportWTDlg&>(base);
+            EXPECT_EQ(selectedLayers(dialog.grid()), QStringList({"GY_0.5", "WH_0.75"}));
+            setCheck(dialog, 1037, dialog.IsDlgButtonChecked(1037) == 0);
+            setCheck(dialog, 1039, dialog.IsDlgButtonChecked(1039) == 0);
+            click(dialog, 2);
+        },
+        &shown);
+    EXPECT_TRUE(shown);
+    EXPECT_EQ(options(), before) << "Cancel keeps the options of the last OK";
+    EXPECT_EQ(value, "(\"" + path + "\" " + before + " (" + kGrey + " " + kWhite + "))");
+
+    // Names listed for another drawing are not this one's: Cancel gives every row.
+    value = runWithDialog(call(path, 1, "(list \"/elsewhere/import.dwg\" \"GY_0.5\")"),
+                          [&](platform::TemplateDialog& base) {
+                              auto& dialog = dynamic_cast<ZelImportWTDlg&>(base);
+                              EXPECT_EQ(dialog.grid().GetSelectedRows(true, false).size(), 6u);
+                              key(Qt::Key_Escape);
+                          });
+    EXPECT_TRUE(
+        value.startsWith("(\"" + path + "\" " + before + " (" + kEmptyFirstRow + " " + kBlack))
+        << value.toStdString();
+    EXPECT_EQ(value.count(QRegularExpression("\\(\"[A-Z]{2}_")), 5) << "all five wire types";
+}
+
+TEST_F(ImportDialogTest, WithoutTheShowFlagNothingIsShownAndTheAnswerComesBackWhole) {
+    const QString path = importDrawing();
+    const QString answer = evalLisp("(wd_wirlay_get_dwg_wiretype_settings \"" + path + "\")").value;
+    ASSERT_TRUE(answer.startsWith("((\"BK_1.5\"")) << answer.toStdString();
+    bool shown = true;
+    const QString value = runWithDialog(
+        call(path, 0, "(list \"" + path + "\" \"GY_0.5\")"),
+        [](platform::TemplateDialog& dialog) { click(dialog, 1); }, &shown);
+    EXPECT_FALSE(shown);
+    EXPECT_EQ(value, "(\"" + path + "\" " + options() + " (" + answer + "))");
+}
+
+TEST_F(ImportDialogTest, ADrawingWithoutWireTypesOrNoDrawingAtAllGivesNil) {
+    const QString empty = tempPath("template.dwt");
+    ASSERT_TRUE(QFile::copy(QStringLiteral(ZEL_DEMO_DIR "/drawings/template.dwt"), empty));
+    const QString notADrawing = tempPath("notes.dwg");
+    QFile notes(notADrawing);
+    ASSERT_TRUE(notes.open(QIODevice::WriteOnly));
+    notes.write("not a drawing");
+    notes.close();
+
+    for (const QString& path : {empty, notADrawing, tempPath("missing.dwg")}) {
+        bool shown = true;
+        EXPECT_EQ(runWithDialog(
+                      call(path, 0, "nil"), [](platform::TemplateDialog&) {}, &shown),
+                  "nil")
+            << path.toStdString();
+        EXPECT_FALSE(shown) << path.toStdString();
+    }
+}
+
+TEST_F(ImportDialogTest, AHeaderDoubleClickSortsDownThenUpAndAHeaderClickSelectsNothing) {
+    const QString path = importDrawing();
+    runWithDialog(
+        call(path, 1, "(list \"" + path + "\" \"BN_1\")"), [&](platform::TemplateDialog& base) {
+            auto& dialog = dynamic_cast<ZelImportWTDlg&>(base);
+            ZelImportWTGrid& grid = dialog.grid();
+            auto layers = [&] {
+                QStringList names;
+                for (int row = 1; row <= grid.GetLoadedRows(); ++row)
+                    names << cell(grid, row, 3);
+                return names;
+            };
+            QHeaderView* header = grid.horizontalHeader();
+            QTest::mouseClick(header->viewport(), Qt::LeftButton, Qt::NoModifier,
+                              QPoint(header->sectionViewportPosition(3) + 5, 5));
+            settle();
+            EXPECT_EQ(selectedLayers(grid), QStringList({"BN_1"}));
+            doubleClickHeader(grid, 3);
+            EXPECT_EQ(layers(), QStringList({"WH_0.75", "OG_2.5", "GY_0.5", "BN_1", "BK_1.5", ""}));
+            doubleClickHeader(grid, 3);
+            EXPECT_EQ(layers(), QStringList({"", "BK_1.5", "BN_1", "GY_0.5", "OG_2.5", "WH_0.75"}));
+            EXPECT_EQ(selectedLayers(grid), QStringList({"BN_1"}));
+            click(dialog, 2);
+        });
+}
+
+// A list of rows without an outer bracket, one of them short, read by the edit dialog's
+// way: rows in grid order, and the vectors grow with each call.
+TEST_F(ImportDialogTest, RowVectorsInBothOrdersAndNotClearedBetweenCalls) {
+    resbuf* settings = ovutBuildList(RTLB, RTSTR, L"L1", RTSTR, L"C1", RTSTR, L"S1", RTSTR, L"v1",
+                                     RTLE, RTLB, RTSTR, L"L2", RTSTR, L"C2", RTLE, 0);
+    // The second row gets its flag from a 24th position.
+    resbuf* tail = settings;
+    while (tail->rbnext->rbnext)
+        tail = tail->rbnext;
+    resbuf* end = tail->rbnext;
+    tail->rbnext = nullptr;
+    resbuf* more = tail;
+    more->rbnext = ovutBuildList(RTSTR, L"S2", 0);
+    more = more->rbnext;
+    for (int i = 0; i < 20; ++i) {
+        more->rbnext = ovutBuildList(RTSTR, i == 19 ? L"last" : L"", 0);
+        more = more->rbnext;
+    }
+    more->rbnext = ovutBuildList(RTSTR, L"0", 0);
+    more->rbnext->rbnext = end;
+
+    {
+        const ResourceOverride resources;
+        ZelImportWTDlg dialog(settings, nullptr);
+        QTimer::singleShot(0, [&] { click(dialog, 1); });
+        ASSERT_EQ(dialog.DoModal(), 1);
+        ASSERT_EQ(dialog.grid().GetLoadedRows(), 2);
+
+        const ZelImportWTDlg::Rows& chosen = dialog.GetChosenRows(false);
+        ASSERT_EQ(chosen.size(), 2u);
+        EXPECT_EQ(chosen[0][0], "C1");
+        EXPECT_EQ(chosen[0][2], "L1");
+        EXPECT_EQ(chosen[0][3], "") << "a short row leaves its flag empty";
+        EXPECT_EQ(chosen[0][4], "v1");
+        EXPECT_EQ(chosen[1][3], moduleString(116));
+        EXPECT_EQ(chosen[1][23], "last");
+        EXPECT_EQ(dialog.GetChosenRows(false).size(), 4u);
+
+        const ZelImportWTDlg::Rows& all = dialog.GetAllRows(true);
+        ASSERT_EQ(all.size(), 2u);
+        EXPECT_EQ(all[1], std::vector<QString>({"L2", "C2", "S2", "", "", "", "",     "",
+                                                "",   "",   "",   "", "", "", "",     "",
+                                                "",   "",   "",   "", "", "", "last", "0"}));
+        EXPECT_EQ(all[0][23], "1") << "an empty flag is no No";
+        EXPECT_EQ(dialog.GetAllRows(true).size(), 4u);
+        EXPECT_EQ(dialog.GetPresetRows(true).size(), 2u);
+        EXPECT_EQ(dialog.GetPresetRows(true).size(), 2u);
+    }
+    ovutRelRb(settings);
+}
+
+} // namespace
