@@ -1,6 +1,7 @@
 #include "dialogs/ZelEditWTDlg.h"
 
 #include "dialogs/ZelAlertDlg.h"
+#include "dialogs/ZelImportWTDlg.h"
 #include "grid/ZelWTGridMessages.h"
 #include "shell/ResourceOverride.h"
 #include "shell/ZelHostServices.h"
@@ -9,7 +10,11 @@
 #include "ovcore/OvApDocManager.h"
 #include "ovcore/OvEdInput.h"
 #include "ovcore/oved.h"
+#include "ovdb/OvDbDatabase.h"
+#include "ovdb/OvDbHostApplicationServices.h"
 #include "ovdb/ovut.h"
+#include "ovui/NqTaskDialog.h"
+#include "ovui/OvUi.h"
 #include "platform/CellStyle.h"
 #include "platform/Clipboard.h"
 #include "platform/MessageBox.h"
@@ -178,6 +183,15 @@ bool ZelEditWTDlg::OnCommand(int id) {
     case 1013:
         ovedHelp(L"", kHelpTopic, 0);
         return true;
+    case 1012:
+        OnColor();
+        return true;
+    case 1011:
+        OnLinetype();
+        return true;
+    case 1016:
+        OnLineweight();
+        return true;
     case 1025:
         OnAddLayers();
         return true;
@@ -259,6 +273,65 @@ void ZelEditWTDlg::OnMakeAllValid() {
         m_grid.ResetAllValid(false);
     }
     EnableDlgItem(1, true);
+}
+
+void ZelEditWTDlg::AfterLookDialog(const std::vector<quint32>& rows) {
+    GotoCell(static_cast<int>(rows.at(0)), kNameCol);
+    m_grid.Redraw();
+    m_grid.setFocus();
+}
+
+void ZelEditWTDlg::OnColor() {
+    const std::vector<quint32> rows = m_grid.GetSelectedRows(false, true);
+    if (rows.empty())
+        return;
+    // The picker opens on the first row's colour, which it also shows for comparison.
+    OvCmColor color;
+    m_grid.GetRowColor(static_cast<int>(rows.at(0)), color);
+    const OvCmColor current = color;
+    if (ovedSetColorDialogTrueColor(color, 0, current, 7) == 1) {
+        for (auto it = rows.rbegin(); it != rows.rend(); ++it)
+            m_grid.SetRowColor(static_cast<int>(*it), color);
+    }
+    AfterLookDialog(rows);
+}
+
+void ZelEditWTDlg::OnLinetype() {
+    const std::vector<quint32> rows = m_grid.GetSelectedRows(false, true);
+    if (rows.empty())
+        return;
+    OvDbObjectId id;
+    m_grid.GetRowLinetype(static_cast<int>(rows.at(0)), id);
+    // A row without a linetype of its own draws continuous lines; the picker says so.
+    if (id.isNull()) {
+        static OvDbHostApplicationServices* const s_services =
+            OvDbHostApplicationServices::getRefPtr();
+        if (s_services && s_services->workingDatabase())
+            id = s_services->workingDatabase()->continuousLinetype();
+    }
+    wchar_t* name = nullptr;
+    OvDbObjectId newId;
+    if (ovedLinetypeDialog(id, 0, name, newId) == 1) {
+        for (auto it = rows.rbegin(); it != rows.rend(); ++it)
+            m_grid.SetRowLinetype(static_cast<int>(*it), newId);
+    }
+    if (name)
+        ovutDelBuffer(name);
+    AfterLookDialog(rows);
+}
+
+void ZelEditWTDlg::OnLineweight() {
+    const std::vector<quint32> rows = m_grid.GetSelectedRows(false, true);
+    if (rows.empty())
+        return;
+    OvDb::LineWeight weight = static_cast<OvDb::LineWeight>(-3);
+    m_grid.GetRowLineweight(static_cast<int>(rows.at(0)), weight);
+    OvDb::LineWeight chosen = weight;
+    if (ovedLineWeightDialog(weight, 0, chosen) == 1) {
+        for (auto it = rows.rbegin(); it != rows.rend(); ++it)
+            m_grid.SetRowLineweight(static_cast<int>(*it), chosen);
+    }
+    AfterLookDialog(rows);
 }
 
 void ZelEditWTDlg::OnAddLayers() {
@@ -467,11 +540,54 @@ qintptr ZelEditWTDlg::OnContextMenu(qintptr lParam) {
 }
 
 void ZelEditWTDlg::OnImport() {
-    // Import is finished with the import dialog; see OnImportRows.
+    // The open edit ends first, so that the merge finds every row as the drafter left it.
     int row = 0;
     int col = 0;
     m_grid.GetCurrentCell(row, col);
     m_grid.SetCurrentCell(row, col, 10);
+
+    QString title;
+    {
+        const ResourceOverride resources;
+        title = platform::loadString(170);
+    }
+    const QString start = ImportStartFolder();
+    resbuf* answer = ovutNewRb(RTSTR);
+    QString file;
+    if (ovedGetFileD(title.toStdWString().c_str(), start.toStdWString().c_str(), L"dwg;dwt", 0,
+                     answer) == RTNORM &&
+        answer->restype == RTSTR && answer->resval.rstring)
+        file = QString::fromWCharArray(answer->resval.rstring);
+    ovutRelRb(answer);
+    if (file.isEmpty())
+        return;
+
+    // The next import opens where this one found its file. Before any project was seen
+    // there is no pair to write into, and the bounds check says so.
+    const qsizetype slash = file.lastIndexOf(QLatin1Char('/'));
+    if (slash >= 0)
+        ImportFolders().at(1) = file.left(slash + 1);
+
+    const std::wstring wideFile = file.toStdWString();
+    resbuf* call =
+        ovutBuildList(RTSTR, L"wd_wirlay_get_dwg_wiretype_settings", RTSTR, wideFile.c_str(), 0);
+    resbuf* settings = nullptr;
+    ovedInvoke(call, &settings);
+    if (!settings || settings->restype == RTNIL) {
+        NqTaskDialog task;
+        if (task.LoadFromFile(L"/ZelTaskDialogsRes;component/TaskDialogs.xaml",
+                              L"ZelImportWireType.NoWireTypeFound", nullptr, 0))
+            task.ShowDialog(this);
+    } else {
+        ZelImportWTDlg import(settings, this);
+        if (import.DoModal() == IDOK) {
+            for (std::vector<QString>& fields : import.GetChosenRows(false))
+                m_grid.AddOrMergeRow(fields, file, ZelImportWTDlg::GetImportAppearance(),
+                                     ZelImportWTDlg::GetImportProperties());
+        }
+    }
+    ovutRelRb(settings);
+    ovutRelRb(call);
 }
 
 QString ZelEditWTDlg::ImportStartFolder() {

@@ -44,6 +44,10 @@ public:
 private:
     void LockDialog(bool lock);
     void OnMakeAllValid();
+    void OnColor();
+    void OnLinetype();
+    void OnLineweight();
+    void AfterLookDialog(const std::vector<quint32>& rows);
     void OnAddLayers();
     void OnRemove();
     void OnDelete();

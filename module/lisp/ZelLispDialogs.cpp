@@ -6,13 +6,12 @@
 
 #include "ovcore/OvApDocManager.h"
 #include "ovcore/OvApDocument.h"
+#include "ovui/OvUi.h"
 #include "zeldefun/ZelQvxBlockRef.h"
-
-#include <QApplication>
 
 void WireTypeSelCommand() {
     const ResourceOverride resources;
-    QWidget* frame = QApplication::activeWindow();
+    QWidget* frame = ovedGetOrvexFrame();
 
     // The add-on's picture of the drawing must be there before the dialog writes
     // WIRELAYS: a drawing without a WD_M block is read once more, and the dialog opens
