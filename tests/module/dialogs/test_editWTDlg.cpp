@@ -347,3 +347,55 @@ TEST_F(EditWTDlgTest, RowsCopiedInOneRunArePastedInTheNext) {
     EXPECT_TRUE(wireRecord(&saved, "RD_1").contains("(1 . \"RD\") (2 . \"1\")"))
         << wireRecord(&saved, "RD_1").toStdString();
 }
+
+TEST_F(EditWTDlgTest, ThreeSelectedRowsTakeTheOneColourChosen) {
+    wireTypeDrawing({"BLUE_1", "GRN_1", "RED_1", "YEL_1"});
+    runEditDialog([&] {
+        // The first row gets a colour of its own, so that the picker has one to open on.
+        clickCell(1, 5);
+        whenModal([](QWidget* picker) {
+            QTest::mouseClick(picker->findChild<QWidget*>("color-5"), Qt::LeftButton);
+            QTest::mouseClick(picker->findChild<QAbstractButton*>("1"), Qt::LeftButton);
+        });
+        clickButton(1012);
+        ASSERT_TRUE(modalSeen());
+
+        clickRowHeader(1);
+        clickRowHeader(3, Qt::ShiftModifier);
+        QString openedOn;
+        whenModal([&](QWidget* picker) {
+            openedOn = picker->findChild<QLineEdit*>("1001")->text();
+            QTest::mouseClick(picker->findChild<QWidget*>("color-3"), Qt::LeftButton);
+            QTest::mouseClick(picker->findChild<QAbstractButton*>("1"), Qt::LeftButton);
+        });
+        clickButton(1012);
+        ASSERT_TRUE(modalSeen());
+        EXPECT_EQ(openedOn, "blue") << "the picker opens on the first selected row's colour";
+
+        // A cancelled picker changes nothing.
+        clickCell(4, 5);
+        whenModal([](QWidget* picker) {
+            QTest::mouseClick(picker->findChild<QWidget*>("color-1"), Qt::LeftButton);
+            QTest::mouseClick(picker->findChild<QAbstractButton*>("2"), Qt::LeftButton);
+        });
+        clickButton(1012);
+        clickCell(1, 5);
+        clickButton(1);
+    });
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    const auto colourOf = [&](const char* name) {
+        OvDbLayerTableRecord* layer = nullptr;
+        int index = -1;
+        if (ovdbOpenObject(layer, layerId(&saved, name), OvDb::kForRead) == Orvex::eOk) {
+            index = layer->color().colorIndex();
+            layer->close();
+        }
+        return index;
+    };
+    EXPECT_EQ(colourOf("BLUE_1"), 3);
+    EXPECT_EQ(colourOf("GRN_1"), 3);
+    EXPECT_EQ(colourOf("RED_1"), 3);
+    EXPECT_NE(colourOf("YEL_1"), 3) << "not selected";
+    EXPECT_NE(colourOf("YEL_1"), 1) << "the picker was cancelled";
+}
