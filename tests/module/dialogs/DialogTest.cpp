@@ -1,11 +1,13 @@
 #include "DialogTest.h"
 
 #include "dialogs/ZelEditWTDlg.h"
+#include "lisp/ZelLispFunctions.h"
 #include "shell/ResourceOverride.h"
 #include "store/ZelWireTypeRec.h"
 
 #include "ovcore/OvApDocManager.h"
 #include "ovcore/OvApDocument.h"
+#include "ovcore/oved.h"
 #include "ovdb/OvDbDatabase.h"
 #include "platform/SettingsKey.h"
 
@@ -222,6 +224,18 @@ void DialogTest::saveAndReadBack(OvDbDatabase& saved) {
     const QString path = activeDocument()->fileName();
     ASSERT_EQ(ovDocManagerPtr()->saveDocument(activeDocument()), Orvex::eOk);
     ASSERT_EQ(saved.readDwgFile(path.toStdWString().c_str()), Orvex::eOk);
+}
+
+void DialogTest::defineImportFunctions() {
+    static const int module = 0;
+    ovcore::lisp::setActiveModule(&module, nullptr);
+    ovedDefun(L"zel_get_active_dwg_wiretype", 1);
+    ovedRegFunc(zel_get_active_dwg_wiretype, 1);
+    ovedDefun(L"zel_get_dwg_wiretype_settings", 2);
+    ovedRegFunc(zel_get_dwg_wiretype_settings, 2);
+    ovcore::lisp::setActiveModule(nullptr, nullptr);
+    loadAddonLisp(QStringLiteral("wd_base.scm"));
+    loadAddonLisp(QStringLiteral("wd_wirlay.scm"));
 }
 
 void DialogTest::loadAddonLisp(const QString& file) {

@@ -60,6 +60,8 @@ protected:
     void saveAndReadBack(OvDbDatabase& saved);
     // Makes the add-on's LISP functions callable in the current document.
     void loadAddonLisp(const QString& file);
+    // The add-on's reader of another drawing's wire types, with the module function it uses.
+    void defineImportFunctions();
 
 private:
     std::unique_ptr<ZelEditWTDlg> m_dialog;

@@ -4,6 +4,7 @@
 #include "DialogTest.h"
 
 #include "dialogs/ZelEditWTDlg.h"
+#include "dialogs/ZelImportWTDlg.h"
 #include "store/ZelWireTypeRec.h"
 
 #include "ovcore/OvEdBatchInput.h"
@@ -15,6 +16,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QClipboard>
+#include <QFile>
 #include <QLineEdit>
 #include <QTest>
 
@@ -398,4 +400,58 @@ TEST_F(EditWTDlgTest, ThreeSelectedRowsTakeTheOneColourChosen) {
     EXPECT_EQ(colourOf("RED_1"), 3);
     EXPECT_NE(colourOf("YEL_1"), 3) << "not selected";
     EXPECT_NE(colourOf("YEL_1"), 1) << "the picker was cancelled";
+}
+
+TEST_F(EditWTDlgTest, ImportBringsTheChosenWireTypesAndRemembersTheirFolder) {
+    wireTypeDrawing({"RED_1"});
+    const QString project = tempPath("project/demo.wdp");
+    evalLisp("(setq GBL_wd_prj \"" + project + "\")");
+    defineImportFunctions();
+    const QString source = tempPath("other/import.dwg");
+    ASSERT_TRUE(QFile::copy(QStringLiteral(ZEL_DEMO_DIR "/drawings/import.dwg"), source));
+    ZelEditWTDlg::ImportFolders().clear();
+
+    OvEdBatchInput::instance().queueFile(source);
+    runEditDialog([&] {
+        whenModal([](QWidget* modal) {
+            auto* import = dynamic_cast<platform::TemplateDialog*>(modal);
+            if (!import) {
+                ADD_FAILURE() << "not the import dialog: " << modal->windowTitle().toStdString();
+                modal->close();
+                return;
+            }
+            // Three rows chosen: the toggle clears all, then a click and two Ctrl+clicks.
+            QTest::mouseClick(import->GetDlgItem(1036), Qt::LeftButton);
+            QTest::mouseClick(import->GetDlgItem(1036), Qt::LeftButton);
+            auto& list = static_cast<ZelImportWTDlg*>(import)->grid();
+            for (const int row : {2, 4, 6}) {
+                const QModelIndex index = list.model()->index(row - 1, 2);
+                QTest::mouseClick(list.viewport(), Qt::LeftButton,
+                                  row == 2 ? Qt::NoModifier : Qt::ControlModifier,
+                                  list.visualRect(index).center());
+            }
+            // Both the look and the properties of the other drawing come along.
+            for (const int id : {1037, 1039}) {
+                if (import->IsDlgButtonChecked(id) != 1)
+                    QTest::mouseClick(import->GetDlgItem(id), Qt::LeftButton, Qt::NoModifier,
+                                      QPoint(5, import->GetDlgItem(id)->height() / 2));
+            }
+            QTest::mouseClick(import->GetDlgItem(1), Qt::LeftButton);
+        });
+        clickButton(1034);
+        ASSERT_TRUE(modalSeen());
+        EXPECT_EQ(gridNames(), (QStringList{"RED_1", "BK_1.5", "GY_0.5", "WH_0.75"}));
+        clickCell(1, 5);
+
+        clickButton(1);
+    });
+    EXPECT_EQ(ZelEditWTDlg::ImportFolders(),
+              (std::vector<QString>{project, tempPath("other") + "/"}));
+
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    for (const char* name : {"BK_1.5", "GY_0.5", "WH_0.75"})
+        EXPECT_FALSE(wireRecord(&saved, name).isEmpty()) << name;
+    EXPECT_TRUE(wireRecord(&saved, "BN_1").isEmpty()) << "not chosen";
+    EXPECT_FALSE(wireRecord(&saved, "RED_1").isEmpty());
 }
