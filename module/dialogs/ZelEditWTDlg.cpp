@@ -2,6 +2,7 @@
 
 #include "dialogs/ZelAlertDlg.h"
 #include "dialogs/ZelImportWTDlg.h"
+#include "dialogs/ZelWTDlgSteps.h"
 #include "grid/ZelWTGridMessages.h"
 #include "shell/ResourceOverride.h"
 #include "shell/ZelHostServices.h"
@@ -39,11 +40,6 @@ namespace {
 constexpr int kNameCol = 5;
 const QString kDefaultFormat = QStringLiteral("%C_%S");
 const wchar_t* const kHelpTopic = L"create_edit_wire_type_dialog";
-
-// The tokens that a layer name format may hold after a "%".
-const QStringList kFormatTokens = {QStringLiteral("%C"), QStringLiteral("%S"), QStringLiteral("%1"),
-                                   QStringLiteral("%2"), QStringLiteral("%3"), QStringLiteral("%4"),
-                                   QStringLiteral("%5")};
 
 bool contains(const std::vector<quint32>& values, int value) {
     return std::find(values.begin(), values.end(), static_cast<quint32>(value)) != values.end();
@@ -282,71 +278,25 @@ void ZelEditWTDlg::AfterLookDialog(const std::vector<quint32>& rows) {
 }
 
 void ZelEditWTDlg::OnColor() {
-    const std::vector<quint32> rows = m_grid.GetSelectedRows(false, true);
-    if (rows.empty())
-        return;
-    // The picker opens on the first row's colour, which it also shows for comparison.
-    OvCmColor color;
-    m_grid.GetRowColor(static_cast<int>(rows.at(0)), color);
-    const OvCmColor current = color;
-    if (ovedSetColorDialogTrueColor(color, 0, current, 7) == 1) {
-        for (auto it = rows.rbegin(); it != rows.rend(); ++it)
-            m_grid.SetRowColor(static_cast<int>(*it), color);
-    }
-    AfterLookDialog(rows);
+    const std::vector<quint32> rows = zelwtdlg::ChooseRowColor(m_grid);
+    if (!rows.empty())
+        AfterLookDialog(rows);
 }
 
 void ZelEditWTDlg::OnLinetype() {
-    const std::vector<quint32> rows = m_grid.GetSelectedRows(false, true);
-    if (rows.empty())
-        return;
-    OvDbObjectId id;
-    m_grid.GetRowLinetype(static_cast<int>(rows.at(0)), id);
-    // A row without a linetype of its own draws continuous lines; the picker says so.
-    if (id.isNull()) {
-        static OvDbHostApplicationServices* const s_services =
-            OvDbHostApplicationServices::getRefPtr();
-        if (s_services && s_services->workingDatabase())
-            id = s_services->workingDatabase()->continuousLinetype();
-    }
-    wchar_t* name = nullptr;
-    OvDbObjectId newId;
-    if (ovedLinetypeDialog(id, 0, name, newId) == 1) {
-        for (auto it = rows.rbegin(); it != rows.rend(); ++it)
-            m_grid.SetRowLinetype(static_cast<int>(*it), newId);
-    }
-    if (name)
-        ovutDelBuffer(name);
-    AfterLookDialog(rows);
+    const std::vector<quint32> rows = zelwtdlg::ChooseRowLinetype(m_grid);
+    if (!rows.empty())
+        AfterLookDialog(rows);
 }
 
 void ZelEditWTDlg::OnLineweight() {
-    const std::vector<quint32> rows = m_grid.GetSelectedRows(false, true);
-    if (rows.empty())
-        return;
-    OvDb::LineWeight weight = static_cast<OvDb::LineWeight>(-3);
-    m_grid.GetRowLineweight(static_cast<int>(rows.at(0)), weight);
-    OvDb::LineWeight chosen = weight;
-    if (ovedLineWeightDialog(weight, 0, chosen) == 1) {
-        for (auto it = rows.rbegin(); it != rows.rend(); ++it)
-            m_grid.SetRowLineweight(static_cast<int>(*it), chosen);
-    }
-    AfterLookDialog(rows);
+    const std::vector<quint32> rows = zelwtdlg::ChooseRowLineweight(m_grid);
+    if (!rows.empty())
+        AfterLookDialog(rows);
 }
 
 void ZelEditWTDlg::OnAddLayers() {
-    const OvApDocManager* documents = ovDocManagerPtr();
-    if (!documents || !documents->mdiActiveDocument())
-        return;
-    resbuf* call = ovutBuildList(RTSTR, L"wd_cfg_add_lay", RTSHORT, 1, RTNIL, 0);
-    resbuf* answer = nullptr;
-    if (ovedInvoke(call, &answer) == RTNORM && answer && answer->restype == RTSTR) {
-        const QString pattern = QString::fromWCharArray(answer->resval.rstring).toUpper();
-        m_grid.setFocus();
-        m_grid.AddLayerRows(pattern);
-    }
-    ovutRelRb(answer);
-    ovutRelRb(call);
+    zelwtdlg::AddExistingLayers(m_grid);
 }
 
 void ZelEditWTDlg::OnRemove() {
@@ -614,43 +564,18 @@ void ZelEditWTDlg::OnEditKillFocus(int id) {
 
 void ZelEditWTDlg::OnFormatKillFocus() {
     const QString text = GetDlgItemText(1019).trimmed();
-    QString rest = text;
-    if (rest.isEmpty() || !rest.contains(QLatin1Char('%'))) {
+    switch (zelwtdlg::CheckLayerFormat(text)) {
+    case zelwtdlg::FormatCheck::RefusedPlain:
         AlertAndRestore(false);
         return;
+    case zelwtdlg::FormatCheck::RefusedAtToken:
+        AlertAndRestore(true);
+        return;
+    case zelwtdlg::FormatCheck::Accepted:
+        // The control keeps the text as typed; the trimmed text is the format.
+        m_layerFormat = text;
+        return;
     }
-    {
-        ZelWireTypeRec store;
-        if (store.ValidateLayerName(text) != Orvex::eOk) {
-            AlertAndRestore(true);
-            return;
-        }
-    }
-    for (;;) {
-        const qsizetype percent = rest.indexOf(QLatin1Char('%'));
-        if (percent < 0)
-            break;
-        rest = rest.mid(percent);
-        const QString token = rest.left(2);
-        const bool known =
-            std::any_of(kFormatTokens.begin(), kFormatTokens.end(), [&](const QString& t) {
-                return t.compare(token, Qt::CaseInsensitive) == 0;
-            });
-        if (!known) {
-            AlertAndRestore(true);
-            return;
-        }
-        rest = rest.mid(2);
-        if (rest.isEmpty())
-            break;
-        ZelWireTypeRec store;
-        if (store.ValidateLayerName(text) != Orvex::eOk) {
-            AlertAndRestore(true);
-            return;
-        }
-    }
-    // The control keeps the text as typed; the trimmed text is the format.
-    m_layerFormat = text;
 }
 
 void ZelEditWTDlg::AlertAndRestore(bool focusForm) {
