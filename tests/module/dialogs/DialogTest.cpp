@@ -1,6 +1,7 @@
 #include "DialogTest.h"
 
 #include "dialogs/ZelEditWTDlg.h"
+#include "dialogs/ZelWireTypeSelDlg.h"
 #include "lisp/ZelLispFunctions.h"
 #include "shell/ResourceOverride.h"
 #include "store/ZelWireTypeRec.h"
@@ -27,6 +28,7 @@ void DialogTest::SetUp() {
 void DialogTest::TearDown() {
     m_poll.reset();
     m_dialog.reset();
+    m_selDialog.reset();
     settle();
     platform::SettingsKey::SetStoreFileName(QString());
     ZelTestHost::TearDown();
@@ -43,13 +45,22 @@ OvDbDatabase* DialogTest::wireTypeDrawing(const QStringList& names,
     return database;
 }
 
-ZelWTGrid& DialogTest::grid() {
-    return m_dialog->Grid();
-}
-
 int DialogTest::runEditDialog(const std::function<void()>& script) {
     m_dialog = std::make_unique<ZelEditWTDlg>(nullptr, false);
-    ZelEditWTDlg* dialog = m_dialog.get();
+    m_grid = &m_dialog->Grid();
+    return runModal(*m_dialog, script);
+}
+
+int DialogTest::runSelDialog(const std::function<void()>& script, bool setOnly) {
+    const ov_name none = {0, 0};
+    m_selDialog = std::make_unique<ZelWireTypeSelDlg>(none, nullptr, setOnly);
+    m_grid = &m_selDialog->Grid();
+    return runModal(*m_selDialog, script);
+}
+
+int DialogTest::runModal(platform::TemplateDialog& target, const std::function<void()>& script) {
+    platform::TemplateDialog* dialog = &target;
+    m_active = dialog;
     bool ran = false;
     QTimer::singleShot(0, [&] {
         ran = true;
@@ -73,6 +84,7 @@ int DialogTest::runEditDialog(const std::function<void()>& script) {
     }
     EXPECT_TRUE(ran);
     settle();
+    m_active = nullptr;
     return result;
 }
 
@@ -82,15 +94,15 @@ void DialogTest::whenModal(std::function<void(QWidget*)> action) {
     m_poll->setInterval(20);
     QObject::connect(m_poll.get(), &QTimer::timeout, [this, action] {
         QWidget* modal = QApplication::activeModalWidget();
-        if (!modal || modal == m_dialog.get() || !modal->isVisible())
+        if (!modal || modal == m_active || !modal->isVisible())
             return;
         m_poll->stop();
         m_modalSeen = true;
         action(modal);
         // The dialog gets the keyboard back, as the desktop gives it back to the window
         // under a closed one.
-        if (m_dialog && m_dialog->isVisible())
-            QApplication::setActiveWindow(m_dialog.get());
+        if (m_active && m_active->isVisible())
+            QApplication::setActiveWindow(m_active);
     });
     m_poll->start();
 }
@@ -148,7 +160,7 @@ void DialogTest::typeInto(int row, int col, const QString& text) {
 }
 
 void DialogTest::clickButton(int id) {
-    auto* button = qobject_cast<QAbstractButton*>(m_dialog->GetDlgItem(id));
+    auto* button = qobject_cast<QAbstractButton*>(m_active->GetDlgItem(id));
     ASSERT_NE(button, nullptr) << id;
     ASSERT_TRUE(button->isVisible() && button->isEnabled()) << "button " << id << " not usable";
     QTest::mouseClick(button, Qt::LeftButton);
@@ -156,7 +168,7 @@ void DialogTest::clickButton(int id) {
 }
 
 void DialogTest::clickControl(int id) {
-    QWidget* control = m_dialog->GetDlgItem(id);
+    QWidget* control = m_active->GetDlgItem(id);
     ASSERT_NE(control, nullptr) << id;
     QTest::mouseClick(control, Qt::LeftButton, Qt::NoModifier, QPoint(5, control->height() / 2));
     settle();
@@ -202,20 +214,20 @@ QStringList DialogTest::contextMenu(int row, int col, int command) {
 }
 
 QString DialogTest::cell(int row, int col) const {
-    const QAbstractItemModel* model = m_dialog->Grid().model();
+    const QAbstractItemModel* model = m_grid->model();
     return model->data(model->index(row - 1, col - 1), Qt::DisplayRole).toString();
 }
 
 std::pair<int, int> DialogTest::currentCell() const {
     int row = 0;
     int col = 0;
-    m_dialog->Grid().GetCurrentCell(row, col);
+    m_grid->GetCurrentCell(row, col);
     return {row, col};
 }
 
 QStringList DialogTest::gridNames() const {
     QStringList names;
-    for (int row = 1; row <= m_dialog->Grid().GetWireTypeRows(); ++row)
+    for (int row = 1; row <= m_grid->GetWireTypeRows(); ++row)
         names << cell(row, 5);
     return names;
 }

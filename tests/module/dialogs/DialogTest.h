@@ -1,5 +1,7 @@
 #pragma once
 
+#include "dialogs/ZelEditWTDlg.h"
+#include "dialogs/ZelWireTypeSelDlg.h"
 #include "support/ZelTestHost.h"
 
 #include <QString>
@@ -10,8 +12,7 @@
 #include <memory>
 
 class OvDbDatabase;
-class ZelEditWTDlg;
-class ZelWTGrid;
+
 class QTimer;
 class QWidget;
 
@@ -29,8 +30,11 @@ protected:
     // Runs the dialog; `script` runs once it waits for input. A script that leaves it open
     // fails the test, and the dialog is cancelled. Returns what DoModal returned.
     int runEditDialog(const std::function<void()>& script);
+    // The set and edit twin, over `entity` (none when null).
+    int runSelDialog(const std::function<void()>& script, bool setOnly = false);
     ZelEditWTDlg& dialog() { return *m_dialog; }
-    ZelWTGrid& grid();
+    ZelWireTypeSelDlg& selDialog() { return *m_selDialog; }
+    ZelWTGrid& grid() const { return *m_grid; }
 
     // Runs `action` on the next modal window other than the dialog, once it is shown and
     // waits for input (an alert, a host dialog). False afterwards when none came up.
@@ -64,7 +68,12 @@ protected:
     void defineImportFunctions();
 
 private:
+    int runModal(platform::TemplateDialog& dialog, const std::function<void()>& script);
+
     std::unique_ptr<ZelEditWTDlg> m_dialog;
+    std::unique_ptr<ZelWireTypeSelDlg> m_selDialog;
+    platform::TemplateDialog* m_active = nullptr;
+    ZelWTGrid* m_grid = nullptr;
     bool m_modalSeen = false;
     std::unique_ptr<QTimer> m_poll;
 };
