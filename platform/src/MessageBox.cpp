@@ -139,24 +139,43 @@ MessageBoxState& MessageBoxState::instance() {
     return state;
 }
 
-int messageBox(const QString& text, const QString& caption, unsigned flags, int defaultAnswer) {
-    if (defaultAnswer == 0) {
-        defaultAnswer = defaultMessageBoxAnswer(flags);
-    }
-    switch (MessageBoxState::instance().mode) {
+namespace {
+
+int answer(const QString& text, const QString& caption, unsigned flags, int defaultAnswer) {
+    const auto& state = MessageBoxState::instance();
+    const bool widgets = qobject_cast<QApplication*>(QCoreApplication::instance()) != nullptr;
+    switch (state.mode) {
     case MessageBoxMode::Scripted:
         return answerFromScript(text, caption, flags, defaultAnswer);
     case MessageBoxMode::Desktop:
         // Without a widget application there is no one to ask: the host runs in
         // batch then, whatever mode it was left in.
-        if (qobject_cast<QApplication*>(QCoreApplication::instance()) != nullptr) {
+        if (widgets) {
             return answerOnDesktop(text, caption, flags, defaultAnswer);
         }
         return answerInBatch(text, caption, flags, defaultAnswer);
     case MessageBoxMode::Batch:
+        // A script that waits to answer this box gets a real one.
+        if (widgets && state.windowWanted && state.windowWanted()) {
+            return answerOnDesktop(text, caption, flags, defaultAnswer);
+        }
         break;
     }
     return answerInBatch(text, caption, flags, defaultAnswer);
+}
+
+} // namespace
+
+int messageBox(const QString& text, const QString& caption, unsigned flags, int defaultAnswer) {
+    if (defaultAnswer == 0) {
+        defaultAnswer = defaultMessageBoxAnswer(flags);
+    }
+    const int given = answer(text, caption, flags, defaultAnswer);
+    // A copy: the observer may replace itself.
+    if (const auto observer = MessageBoxState::instance().observer) {
+        observer(ShownMessage{text, caption, flags, given, false});
+    }
+    return given;
 }
 
 int appMessageBox(const QString& text, unsigned flags) {
@@ -205,6 +224,14 @@ void setMessageBoxMode(MessageBoxMode mode) {
 
 void setMessageBoxPrinter(std::function<void(const QString&)> printer) {
     MessageBoxState::instance().printer = std::move(printer);
+}
+
+void setMessageBoxWindowWanted(std::function<bool()> wanted) {
+    MessageBoxState::instance().windowWanted = std::move(wanted);
+}
+
+void setMessageBoxObserver(std::function<void(const ShownMessage&)> observer) {
+    MessageBoxState::instance().observer = std::move(observer);
 }
 
 } // namespace platform

@@ -13,6 +13,8 @@ namespace platform {
 struct MessageBoxState {
     MessageBoxMode mode = MessageBoxMode::Desktop;
     std::function<void(const QString&)> printer;
+    std::function<bool()> windowWanted;
+    std::function<void(const ShownMessage&)> observer;
     std::deque<int> scriptedAnswers;
     std::vector<ShownMessage> shown;
 

@@ -1,5 +1,6 @@
 #include "OvBatchRunner.h"
 
+#include "ovauto/OvDialogAutomation.h"
 #include "ovcore/OvApDocManager.h"
 #include "ovcore/OvHost.h"
 #include "ovcore/OvLisp.h"
@@ -42,6 +43,15 @@ int OvBatchRunner::run() {
         m_output.startLine();
         m_output.write(line);
     });
+    // Dialogs that no queued procedure drives are cancelled at once; a procedure that
+    // fails or leaves its dialog open fails the run.
+    OvDialogAutomation& automation = OvDialogAutomation::instance();
+    automation.install(OvDialogAutomation::Mode::Batch);
+    automation.resetFailures();
+    automation.setLinePrinter([this](const QString& line) {
+        m_output.startLine();
+        m_output.write(line + u'\n');
+    });
 
     {
         OvHost host;
@@ -53,6 +63,16 @@ int OvBatchRunner::run() {
         }
     }
     GetProjectManager()->closeProject();
+    if (automation.failures() > 0)
+        m_failed = true;
+    if (automation.pending() > 0) {
+        m_output.startLine();
+        m_output.write(QStringLiteral("; %1 queued dialog procedure(s) not used: no dialog "
+                                      "opened for them\n")
+                           .arg(automation.pending()));
+    }
+    automation.uninstall();
+    automation.setLinePrinter({});
 
     m_output.startLine();
     platform::setMessageBoxPrinter({});

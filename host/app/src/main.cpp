@@ -4,7 +4,7 @@
 #include "OvBatchRunner.h"
 #include "OvDesktop.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QDir>
 
 #include <cstdio>
@@ -23,6 +23,19 @@ QString addonFolder() {
                                      : QDir(fromEnvironment).absolutePath();
 }
 
+QtMessageHandler s_previousHandler = nullptr;
+
+// The offscreen platform's notices about what a display would have (a runtime folder,
+// window size hints) say nothing about the run; everything else goes on to Qt's handler.
+void quietOffscreen(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+    if (type == QtWarningMsg &&
+        (message.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR not set")) ||
+         message.startsWith(QLatin1String("This plugin does not support"))))
+        return;
+    if (s_previousHandler)
+        s_previousHandler(type, context, message);
+}
+
 } // namespace
 
 int main(int argc, char* argv[]) {
@@ -32,13 +45,9 @@ int main(int argc, char* argv[]) {
     if (OvDesktopOptions::wanted(arguments))
         return OvDesktop::run(argc, argv);
 
-    QCoreApplication app(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("Orvex"));
-    QCoreApplication::setApplicationVersion(QStringLiteral("26.0"));
-
     OvBatchOptions options;
     QString error;
-    if (!options.parse(app.arguments().mid(1), &error)) {
+    if (!options.parse(arguments, &error)) {
         printTo(stderr, QStringLiteral("orvex: %1\n\n%2").arg(error, OvBatchOptions::usage()));
         return 2;
     }
@@ -55,6 +64,19 @@ int main(int argc, char* argv[]) {
     case OvBatchOptions::Mode::Batch:
         break;
     }
+
+    // Dialogs really open in a batch run, so that scripts can drive them; without a
+    // display they open on the offscreen platform.
+    const bool offscreen = !qEnvironmentVariableIsSet("QT_QPA_PLATFORM") &&
+                           !qEnvironmentVariableIsSet("DISPLAY") &&
+                           !qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+    if (offscreen) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        s_previousHandler = qInstallMessageHandler(quietOffscreen);
+    }
+    QApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("Orvex"));
+    QCoreApplication::setApplicationVersion(QStringLiteral("26.0"));
 
     try {
         OvBatchRunner runner(options, QCoreApplication::applicationDirPath(), addonFolder());

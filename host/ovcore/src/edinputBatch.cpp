@@ -187,8 +187,13 @@ int OvEdBatchInput::entSel(const QString& prompt, ov_name name, double point[3])
     return RTNORM;
 }
 
-int OvEdBatchInput::getFileD(const QString& title, const QString&, const QString&, int,
-                             QString& path) {
+int OvEdBatchInput::getFileD(const QString& title, const QString& defaultPath,
+                             const QString& extension, int flags, QString& path) {
+    if (m_files.empty() && m_fileDialogRunner) {
+        if (const std::optional<int> status =
+                m_fileDialogRunner(title, defaultPath, extension, flags, path))
+            return *status;
+    }
     if (m_files.empty()) {
         print(QStringLiteral("\n; no file name is queued (orvex-queue-file) for \"%1\", so the "
                              "file dialog is cancelled\n")

@@ -6,6 +6,8 @@
 // (scripted, see MessageBoxScript). Flags and answers keep the values of the
 // Windows message box, which the module's callers pass as numbers.
 
+#include "platform/ShownMessage.h"
+
 #include <QString>
 
 #include <functional>
@@ -68,5 +70,12 @@ void setMessageBoxMode(MessageBoxMode mode);
 // Where batch mode writes; an empty function restores standard output. The host
 // points it at its command line. Each call gets one complete line.
 void setMessageBoxPrinter(std::function<void(const QString&)> printer);
+
+// For a program that drives its own windows from a script (the host's dialog
+// automation). In batch mode, when `wanted` answers true, the box opens as a real
+// window for the script to answer instead of taking its default. Empty: never.
+void setMessageBoxWindowWanted(std::function<bool()> wanted);
+// Hears of every box in every mode once it is answered, with its answer. Empty: none.
+void setMessageBoxObserver(std::function<void(const ShownMessage&)> observer);
 
 } // namespace platform

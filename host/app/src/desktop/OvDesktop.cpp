@@ -5,6 +5,7 @@
 #include "OvDrawingView.h"
 #include "OvMainWindow.h"
 
+#include "ovauto/OvDialogAutomation.h"
 #include "ovcore/OvApDocManager.h"
 #include "ovcore/OvEdInput.h"
 #include "ovcore/OvHost.h"
@@ -68,6 +69,9 @@ bool OvDesktop::start(const OvDesktopOptions& options) {
     platform::setMessageBoxMode(platform::MessageBoxMode::Desktop);
     m_input = std::make_unique<OvDesktopInput>(window);
     ovedSetInputProvider(m_input.get());
+    // Scripts typed at the console or loaded may drive the dialogs they open; a person
+    // answers the others.
+    OvDialogAutomation::instance().install(OvDialogAutomation::Mode::Desktop);
     window->show();
 
     if (!options.project.isEmpty())
@@ -105,6 +109,7 @@ void OvDesktop::stop() {
     if (OvApDocManager* manager = ovDocManagerPtr())
         manager->closeAllDocuments();
     m_window.reset();
+    OvDialogAutomation::instance().uninstall();
     ovedSetInputProvider(nullptr);
     m_input.reset();
     m_host->shutdown();

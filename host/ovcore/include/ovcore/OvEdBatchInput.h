@@ -7,7 +7,9 @@
 #include <array>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <optional>
+#include <utility>
 #include <vector>
 
 // The editor's input without a window: picks and file names come from queues that a
@@ -48,6 +50,14 @@ public:
     int pendingFiles() const { return static_cast<int>(m_files.size()); }
     int pendingInputs() const { return static_cast<int>(m_inputs.size()); }
 
+    // A file dialog that a script will drive (the host's dialog automation): asked when no
+    // file name is queued. It returns RTNORM or RTCAN after a real dialog ran, or nothing
+    // when no script waits for the dialog, which is then cancelled as usual.
+    using FileDialogRunner =
+        std::function<std::optional<int>(const QString& title, const QString& defaultPath,
+                                         const QString& extension, int flags, QString& path)>;
+    void setFileDialogRunner(FileDialogRunner runner) { m_fileDialogRunner = std::move(runner); }
+
     int entSel(const QString& prompt, ov_name name, double point[3]) override;
     int getFileD(const QString& title, const QString& defaultPath, const QString& extension,
                  int flags, QString& path) override;
@@ -66,6 +76,7 @@ private:
     std::deque<Pick> m_picks;
     std::deque<std::optional<QString>> m_files;
     std::deque<std::optional<QString>> m_inputs;
+    FileDialogRunner m_fileDialogRunner;
     // Per running command, innermost last: how many of its arguments still wait at the front
     // of each queue.
     struct CommandAnswers {

@@ -1,0 +1,346 @@
+// Dialog automation in process: procedures queued through the host's LISP drive dialogs
+// of the resource library, a grid and message boxes with real input events; dialogs that
+// nobody drives, procedures that fail or leave their dialog open, and the time-out.
+
+#include "ovauto/OvDialogAutomation.h"
+#include "ovcore/OvLisp.h"
+#include "platform/GridWindow.h"
+#include "platform/MessageBox.h"
+#include "platform/ResourceHandle.h"
+#include "platform/ResourceMenu.h"
+#include "platform/Resources.h"
+#include "platform/ScopedResourceHandle.h"
+#include "platform/TemplateDialog.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QListWidget>
+#include <QPushButton>
+#include <QStandardPaths>
+#include <QVBoxLayout>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <ostream>
+
+// Readable failures for texts.
+inline void PrintTo(const QString& text, std::ostream* os) {
+    *os << '"' << text.toStdString() << '"';
+}
+
+namespace {
+
+using namespace platform;
+
+ResourceHandle* library() {
+    static ResourceHandle* handle = loadResourceLibrary(ZEL_RESOURCE_LIBRARY);
+    return handle;
+}
+
+QString eval(const QString& expression) {
+    const ovcore::lisp::EvalResult result = ovcore::lisp::evalString(expression);
+    EXPECT_TRUE(result.ok) << expression.toStdString() << ": " << result.error.toStdString();
+    return result.value;
+}
+
+// A grid that offers menu 103 on a right-click, as the module's grids do, and keeps the
+// command chosen.
+class MenuGrid : public GridWindow {
+public:
+    int chosen = -1;
+    bool OnRButtonClickedRowCol(int row, int col, unsigned flags, QPoint point) override {
+        GridWindow::OnRButtonClickedRowCol(row, col, flags, point);
+        ResourceMenu menu;
+        if (!menu.LoadMenu(103))
+            return false;
+        ResourceMenu::EnableMenuItem(menu.GetMenu(), 40023, false);
+        chosen = ResourceMenu::TrackPopupMenu(menu.GetSubMenu(0), mapToGlobal(point), nullptr);
+        return true;
+    }
+};
+
+// Template 101 with a grid in its place 1002; button 1010 opens template 150 inside it and
+// keeps what that one returned.
+class HostDialog : public TemplateDialog {
+public:
+    HostDialog() : TemplateDialog(101) {}
+    MenuGrid grid;
+    int nestedResult = 0;
+    QStringList killFocus;
+
+    bool OnInitDialog() override {
+        TemplateDialog::OnInitDialog();
+        AttachGrid(&grid, 1002);
+        grid.SetRowCount(4);
+        grid.SetColCount(3);
+        for (int r = 1; r <= 4; ++r) {
+            for (int c = 1; c <= 3; ++c)
+                grid.SetValueRange(GridRange(r, c), QStringLiteral("r%1c%2").arg(r).arg(c));
+        }
+        grid.SetStyleRange(GridRange(3, 2), CellStyle()
+                                                .setReadOnly(true)
+                                                .setControl(CellStyle::Control::Static)
+                                                .setInterior(QColor(0x20, 0x40, 0x60))
+                                                .setTextColor(QColor(Qt::white)));
+        return true;
+    }
+    bool OnCommand(int id) override {
+        if (id == 1010) {
+            TemplateDialog nested(150, this);
+            nestedResult = nested.DoModal();
+            return true;
+        }
+        return TemplateDialog::OnCommand(id);
+    }
+    void OnEditKillFocus(int id) override { killFocus << QString::number(id); }
+};
+
+class DialogAutomationTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_NE(library(), nullptr);
+        resources = std::make_unique<ScopedResourceHandle>(library());
+        OvDialogAutomation& automation = OvDialogAutomation::instance();
+        automation.install(OvDialogAutomation::Mode::Batch);
+        automation.setLinePrinter([this](const QString& line) { lines << line; });
+        automation.resetFailures();
+        automation.clearMessages();
+        automation.setTimeout(10);
+        setMessageBoxMode(MessageBoxMode::Batch);
+        setMessageBoxPrinter([this](const QString& line) { lines << line.trimmed(); });
+        eval("(setq seen '())");
+        eval("(defun note (x) (setq seen (append seen (list x))))");
+    }
+    void TearDown() override {
+        OvDialogAutomation& automation = OvDialogAutomation::instance();
+        EXPECT_EQ(automation.pending(), 0) << "a queued procedure was not used";
+        automation.clearQueue();
+        automation.setLinePrinter({});
+        automation.install(OvDialogAutomation::Mode::Batch);
+        setMessageBoxPrinter({});
+    }
+    int failures() const { return OvDialogAutomation::instance().failures(); }
+
+    std::unique_ptr<ScopedResourceHandle> resources;
+    QStringList lines;
+};
+
+TEST_F(DialogAutomationTest, ProcedureTypesTicksReadsAndClicksOK) {
+    eval(R"((orvex-dialog-queue
+              (lambda ()
+                (note (orvex-dialog-title))
+                (note (orvex-dialog-set-text 1019 "Wire-%N"))
+                (orvex-dialog-check 1008 T)
+                (note (orvex-dialog-checked 1008))
+                (note (orvex-dialog-enabled 1))
+                (orvex-dialog-click 1))))");
+    HostDialog dialog;
+    EXPECT_EQ(dialog.DoModal(), TemplateDialog::IDOK);
+    EXPECT_EQ(dialog.GetDlgItemText(1019), "Wire-%N");
+    EXPECT_EQ(dialog.IsDlgButtonChecked(1008), 1);
+    // The typed text was left with Tab, as a person leaves a field.
+    EXPECT_TRUE(dialog.killFocus.contains("1019"));
+    EXPECT_EQ(eval("seen"), QStringLiteral("(\"%1\" \"Wire-%N\" T T)").arg(dialog.windowTitle()));
+    EXPECT_EQ(failures(), 0);
+    EXPECT_TRUE(lines.isEmpty()) << lines.join('\n').toStdString();
+}
+
+TEST_F(DialogAutomationTest, NestedDialogsTakeProceduresInTheOrderTheyOpen) {
+    eval(R"((orvex-dialog-queue
+              (lambda ()
+                (note "outer")
+                (orvex-dialog-click 1010)
+                (note "outer again")
+                (orvex-dialog-click 1))))");
+    eval(R"((orvex-dialog-queue
+              (lambda () (note "nested") (note (orvex-dialog-visible 1028)) (orvex-dialog-click 1))))");
+    HostDialog dialog;
+    EXPECT_EQ(dialog.DoModal(), TemplateDialog::IDOK);
+    EXPECT_EQ(dialog.nestedResult, TemplateDialog::IDOK);
+    EXPECT_EQ(eval("seen"), R"(("outer" "nested" T "outer again"))");
+    EXPECT_EQ(failures(), 0);
+}
+
+TEST_F(DialogAutomationTest, DialogsThatNobodyDrivesAreReportedAndCancelled) {
+    HostDialog undriven;
+    EXPECT_EQ(undriven.DoModal(), TemplateDialog::IDCANCEL);
+    ASSERT_EQ(lines.size(), 1);
+    EXPECT_EQ(lines[0],
+              QStringLiteral("dialog \"%1\" not driven: cancelled").arg(undriven.windowTitle()));
+
+    // One opened by a procedure's click, with no procedure left for it.
+    lines.clear();
+    eval("(orvex-dialog-queue (lambda () (orvex-dialog-click 1010) (orvex-dialog-click 1)))");
+    HostDialog outer;
+    EXPECT_EQ(outer.DoModal(), TemplateDialog::IDOK);
+    EXPECT_EQ(outer.nestedResult, TemplateDialog::IDCANCEL);
+    ASSERT_EQ(lines.size(), 1);
+    EXPECT_TRUE(lines[0].endsWith("not driven: cancelled")) << lines[0].toStdString();
+    // Not a fault of the run: only a procedure's faults are.
+    EXPECT_EQ(failures(), 0);
+}
+
+TEST_F(DialogAutomationTest, AFailingProcedureOrOneThatLeavesItsDialogOpenIsAFault) {
+    eval("(orvex-dialog-queue (lambda () (orvex-dialog-click 4711) (note \"not reached\")))");
+    HostDialog failing;
+    EXPECT_EQ(failing.DoModal(), TemplateDialog::IDCANCEL);
+    EXPECT_EQ(failures(), 1);
+    ASSERT_EQ(lines.size(), 1);
+    EXPECT_TRUE(lines[0].startsWith("; error: the procedure for dialog")) << lines[0].toStdString();
+    EXPECT_TRUE(lines[0].contains("has no control 4711")) << lines[0].toStdString();
+    EXPECT_EQ(eval("seen"), "nil");
+
+    eval("(orvex-dialog-queue (lambda () (orvex-dialog-set-text 1019 \"left\")))");
+    HostDialog leftOpen;
+    EXPECT_EQ(leftOpen.DoModal(), TemplateDialog::IDCANCEL);
+    EXPECT_EQ(failures(), 2);
+    ASSERT_EQ(lines.size(), 2);
+    EXPECT_TRUE(lines[1].contains("was left open by its procedure: cancelled"))
+        << lines[1].toStdString();
+
+    // Bad arguments are LISP errors too, and outside a procedure there is no dialog.
+    EXPECT_FALSE(ovcore::lisp::evalString("(orvex-dialog-click 1)").ok);
+    EXPECT_FALSE(ovcore::lisp::evalString("(orvex-dialog-queue 42)").ok);
+    EXPECT_FALSE(ovcore::lisp::evalString("(orvex-dialog-timeout -1)").ok);
+}
+
+TEST_F(DialogAutomationTest, OnTheDesktopADialogWaitingUnderAProcedureTimesOut) {
+    OvDialogAutomation::instance().install(OvDialogAutomation::Mode::Desktop);
+    eval("(orvex-dialog-timeout 0.3)");
+    eval("(orvex-dialog-queue (lambda () (orvex-dialog-click 1010) (orvex-dialog-click 1)))");
+    HostDialog dialog;
+    EXPECT_EQ(dialog.DoModal(), TemplateDialog::IDOK);
+    EXPECT_EQ(dialog.nestedResult, TemplateDialog::IDCANCEL);
+    EXPECT_EQ(failures(), 1);
+    ASSERT_EQ(lines.size(), 1);
+    EXPECT_TRUE(lines[0].contains("waited 0.3 s without a procedure: cancelled"))
+        << lines[0].toStdString();
+}
+
+TEST_F(DialogAutomationTest, GridCellsStylesAndSelectionAfterClicksAndShiftClicks) {
+    eval(R"((orvex-dialog-queue
+              (lambda ()
+                (note (list (orvex-grid-rows 1002) (orvex-grid-cols 1002)))
+                (orvex-grid-click 1002 2 0)
+                (orvex-grid-click 1002 4 0 "shift")
+                (note (orvex-grid-selected-rows 1002))
+                (orvex-grid-click 1002 0 3 "ctrl")
+                (note (orvex-grid-selected-cols 1002))
+                (orvex-grid-click 1002 1 2)
+                (note (orvex-grid-current 1002))
+                (orvex-grid-type 1002 2 1 "typed")
+                (orvex-grid-key 1002 "Return")
+                (note (orvex-grid-cell 1002 2 1))
+                (note (orvex-grid-style 1002 3 2))
+                (note (cdr (assoc "read-only" (orvex-grid-style 1002 1 1))))
+                (orvex-dialog-click 1))))");
+    HostDialog dialog;
+    EXPECT_EQ(dialog.DoModal(), TemplateDialog::IDOK);
+    EXPECT_EQ(failures(), 0) << lines.join('\n').toStdString();
+    EXPECT_EQ(dialog.grid.GetValueRowCol(2, 1), "typed");
+    EXPECT_EQ(eval("(nth 0 seen)"), "(4 3)");
+    EXPECT_EQ(eval("(nth 1 seen)"), "(2 3 4)");
+    EXPECT_EQ(eval("(nth 3 seen)"), "(1 2)");
+    EXPECT_EQ(eval("(nth 4 seen)"), "\"typed\"");
+    EXPECT_EQ(eval("(nth 5 seen)"),
+              R"((("control" . "static") ("read-only" . T) ("interior" . "#204060") )"
+              R"(("text-color" . "#ffffff")))");
+    EXPECT_EQ(eval("(nth 6 seen)"), "nil");
+    EXPECT_EQ(eval("(nth 2 seen)"), "(3)");
+}
+
+TEST_F(DialogAutomationTest, RowsDragByTheirHeaderAndListsAndCombosTakeAnItem) {
+    eval(R"((orvex-dialog-queue
+              (lambda ()
+                (orvex-grid-click 1002 1 0)
+                (orvex-grid-drag-row 1002 1 3)
+                (note (list (orvex-grid-cell 1002 1 1) (orvex-grid-cell 1002 3 1)))
+                (orvex-dialog-click 1))))");
+    HostDialog dialog;
+    dialog.grid.GetParam()->EnableMoveRows(true);
+    EXPECT_EQ(dialog.DoModal(), TemplateDialog::IDOK);
+    EXPECT_EQ(failures(), 0) << lines.join('\n').toStdString();
+    EXPECT_EQ(eval("(car seen)"), R"(("r2c1" "r1c1"))");
+
+    // Qt's own controls, by object name.
+    QDialog plain;
+    plain.setWindowTitle("Plain");
+    auto* combo = new QComboBox(&plain);
+    combo->setObjectName("kind");
+    combo->addItems({"Single", "Twisted pair", "Shielded"});
+    auto* list = new QListWidget(&plain);
+    list->setObjectName("names");
+    list->addItems({"W1", "W2", "W3"});
+    auto* layout = new QVBoxLayout(&plain);
+    layout->addWidget(combo);
+    layout->addWidget(list);
+    auto* ok = new QPushButton("&OK", &plain);
+    layout->addWidget(ok);
+    QObject::connect(ok, &QPushButton::clicked, &plain, &QDialog::accept);
+    eval(R"((orvex-dialog-queue
+              (lambda ()
+                (orvex-dialog-choose "kind" "Shielded")
+                (orvex-dialog-choose "names" "W2")
+                (note (list (orvex-dialog-text "kind") (orvex-dialog-text "names")))
+                (orvex-dialog-choose "kind" "Single")
+                (orvex-dialog-answer "OK"))))");
+    EXPECT_EQ(plain.exec(), QDialog::Accepted);
+    EXPECT_EQ(combo->currentText(), "Single");
+    EXPECT_EQ(list->currentItem()->text(), "W2");
+    EXPECT_EQ(eval("(cadr seen)"), R"(("Shielded" "W2"))");
+    EXPECT_EQ(failures(), 0) << lines.join('\n').toStdString();
+}
+
+TEST_F(DialogAutomationTest, APopupMenuTakesTheNextProcedure) {
+    eval(R"((orvex-dialog-queue
+              (lambda ()
+                (orvex-grid-right-click 1002 2 2)
+                (note "after the menu")
+                (orvex-dialog-click 1))))");
+    eval(R"((orvex-dialog-queue
+              (lambda ()
+                (note (assoc 40023 (orvex-menu-items)))
+                (orvex-menu-choose 40013))))");
+    HostDialog dialog;
+    EXPECT_EQ(dialog.DoModal(), TemplateDialog::IDOK);
+    EXPECT_EQ(failures(), 0) << lines.join('\n').toStdString();
+    EXPECT_EQ(dialog.grid.chosen, 40013);
+    EXPECT_EQ(eval("seen"), R"(((40023 "Paste" nil) "after the menu"))");
+
+    // A disabled command cannot be chosen, and a menu nobody drives is closed.
+    eval("(orvex-dialog-queue (lambda () (orvex-grid-right-click 1002 1 1) (orvex-dialog-click "
+         "1)))");
+    eval("(orvex-dialog-queue (lambda () (orvex-menu-choose 40023)))");
+    HostDialog refused;
+    EXPECT_EQ(refused.DoModal(), TemplateDialog::IDOK);
+    EXPECT_EQ(refused.grid.chosen, 0);
+    EXPECT_EQ(failures(), 1);
+    ASSERT_FALSE(lines.isEmpty());
+    EXPECT_TRUE(lines.last().contains("command 40023 of the popup menu is disabled"))
+        << lines.last().toStdString();
+}
+
+TEST_F(DialogAutomationTest, MessageBoxesOpenForAProcedureAndAreRecorded) {
+    eval(R"((orvex-dialog-queue
+              (lambda () (note (orvex-dialog-title)) (orvex-dialog-answer "No"))))");
+    EXPECT_EQ(messageBox("Delete 3 rows?", "Wire types", MB_YESNO), IDNO);
+    // Without a procedure the box takes its default answer and prints, as before.
+    EXPECT_EQ(messageBox("Saved.", "Wire types", MB_OK), IDOK);
+    EXPECT_EQ(lines, QStringList{"Wire types: Saved."});
+    EXPECT_EQ(eval("seen"), R"(("Wire types"))");
+    EXPECT_EQ(eval("(orvex-dialog-messages)"),
+              R"((("Wire types" "Delete 3 rows?") ("Wire types" "Saved.")))");
+    EXPECT_EQ(failures(), 0);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QStandardPaths::setTestModeEnabled(true);
+    QApplication application(argc, argv);
+    ovcore::lisp::initialize();
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
