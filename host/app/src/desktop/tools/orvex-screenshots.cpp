@@ -187,6 +187,10 @@ int main(int argc, char** argv) {
         }
         dialog->move(40, 40);
         if (auto* grid = dialog->findChild<QTableView*>(QStringLiteral("1002"))) {
+            // A cell first, as a drafter starts, then the two rows by their headers.
+            const QModelIndex cell = grid->model()->index(1, 4);
+            QTest::mouseClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier,
+                              grid->visualRect(cell).center());
             QHeaderView* rows = grid->verticalHeader();
             for (const int row : {1, 2})
                 QTest::mouseClick(rows->viewport(), Qt::LeftButton,
