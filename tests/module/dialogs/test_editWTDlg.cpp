@@ -285,7 +285,7 @@ TEST_F(EditWTDlgTest, AddExistingLayersTakesThePatternTypedAtTheCommandLine) {
     EXPECT_TRUE(wireRecord(&saved, "VALVE").isEmpty());
 }
 
-TEST_F(EditWTDlgTest, EscUndoesAnOpenCellBeforeItCancelsAndEnterNeverLeaves) {
+TEST_F(EditWTDlgTest, EscUndoesAnOpenCellBeforeItCancelsEnterNeverLeavesF1OpensHelp) {
     wireTypeDrawing({"RED_1"});
     const int result = runEditDialog([&] {
         clickCell(1, 3);
@@ -297,6 +297,9 @@ TEST_F(EditWTDlgTest, EscUndoesAnOpenCellBeforeItCancelsAndEnterNeverLeaves) {
         dialog().GetDlgItem(1019)->setFocus();
         key(Qt::Key_Return);
         ASSERT_TRUE(dialog().isVisible()) << "Enter is no OK";
+        clearOutput();
+        key(Qt::Key_F1);
+        EXPECT_TRUE(output().contains("create_edit_wire_type_dialog")) << output().toStdString();
         clickCell(1, 3);
         key(Qt::Key_Escape);
     });
