@@ -6,10 +6,20 @@
 
 #include "ovcore/OvApDocManager.h"
 #include "ovcore/OvApDocument.h"
+#include "ovdb/ovut.h"
 #include "ovui/OvUi.h"
 #include "zeldefun/ZelQvxBlockRef.h"
 
+#include <QApplication>
+
 void WireTypeSelCommand() {
+    // A host without a widget application (a console program) cannot show a dialog: it is
+    // told so, and nothing changes.
+    if (!qobject_cast<QApplication*>(QCoreApplication::instance())) {
+        ovutPrintf(L"\nWireTypeSel1: the wire type dialogs need a window system, and this "
+                   L"program runs without one.\n");
+        return;
+    }
     const ResourceOverride resources;
     QWidget* frame = ovedGetOrvexFrame();
 
