@@ -18,7 +18,7 @@
 
 ;; A layer whose record cannot be read (the file changed under us) is left out.
 (define (wd-wirlay-rows drawing layers)
-  (let loop ((rest layers) (rows '()))
+  (let loop ((rest (if (list? layers) layers '())) (rows '()))
     (if (null rest)
         (if (null rows) nil (reverse rows))
         (let ((record (zel_get_dwg_wiretype_settings (car rest) drawing)))
@@ -29,8 +29,9 @@
 
 ;; The record holds (1 . colour) (2 . size) (3 . kind), the user values as group 4 in
 ;; order, (90 . row) and (290 . flag). Missing values are empty; a missing flag is a wire.
-(define (wd-wirlay-row layer record)
-  (let ((values (wd-wirlay-group-values 4 record)))
+(define (wd-wirlay-row layer given)
+  (let* ((record (if (list? given) given '()))
+         (values (wd-wirlay-group-values 4 record)))
     (append (list layer
                   (wd-wirlay-text (assoc 1 record))
                   (wd-wirlay-text (assoc 2 record)))
@@ -41,15 +42,16 @@
 (define (wd-wirlay-text pair)
   (if (and (pair? pair) (string? (cdr pair))) (cdr pair) ""))
 
+;; A list that comes round again would be walked for ever: it holds no values.
 (define (wd-wirlay-group-values code record)
-  (let loop ((rest record) (found '()))
+  (let loop ((rest (if (list? record) record '())) (found '()))
     (cond ((null rest) (reverse found))
           ((and (pair? (car rest)) (equal (car (car rest)) code))
            (loop (cdr rest) (cons (wd-wirlay-text (car rest)) found)))
           (T (loop (cdr rest) found)))))
 
 (define (wd-wirlay-twenty values)
-  (let loop ((i 0) (rest values) (out '()))
+  (let loop ((i 0) (rest (if (list? values) values '())) (out '()))
     (if (= i 20)
         (reverse out)
         (loop (+ i 1)

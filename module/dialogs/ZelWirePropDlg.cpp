@@ -4,7 +4,7 @@
 
 #include "platform/Resources.h"
 
-#include <algorithm>
+#include <utility>
 
 ZelWirePropDlg::ZelWirePropDlg(QWidget* pParent, QString strProps)
     : platform::TemplateDialog(150, pParent), m_strProps(std::move(strProps)) {}
@@ -16,8 +16,6 @@ bool ZelWirePropDlg::OnInitDialog() {
     AttachGrid(&m_grid, 1028);
     m_grid.Initialize();
     m_grid.InitGrid(this, m_strProps);
-    // All twenty names in view without scrolling.
-    resize(std::max(width(), 480), std::max(height(), 600));
     m_grid.setFocus();
     m_grid.SetCurrentCell(1, 2);
     return true;

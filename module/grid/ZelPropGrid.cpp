@@ -53,7 +53,8 @@ void ZelPropGrid::InitGrid(QWidget* pOwner, QString strProps) {
         SetValueRange(cell, prefix + QString::number(row));
         SetStyleRange(cell, platform::CellStyle()
                                 .setControl(platform::CellStyle::Control::Static)
-                                .setReadOnly(true));
+                                .setReadOnly(true)
+                                .setInterior(QColor(240, 240, 240)));
     }
     param->SetLockReadOnly(lock);
 

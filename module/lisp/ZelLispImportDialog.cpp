@@ -12,6 +12,10 @@
 
 #include "ovcore/oved.h"
 #include "ovdb/ovut.h"
+#include "ovui/NqTaskDialog.h"
+#include "ovui/OvUi.h"
+
+#include <QApplication>
 
 #include <string>
 #include <vector>
@@ -50,6 +54,11 @@ bool readArgs(const resbuf* args, ImportArgs& out) {
         first = false;
     }
     return true;
+}
+
+// A batch session may run without a widget application, where no dialog can be made.
+bool windowsShown() {
+    return qobject_cast<QApplication*>(QCoreApplication::instance()) != nullptr;
 }
 
 resbuf* shortLink(bool value) {
@@ -117,24 +126,37 @@ int zel_invoke_importwt_dlg() {
         if (status != RTNORM || !settings || settings->restype == RTNIL) {
             noWireTypes = true;
             ovutRelRb(settings);
+        } else if (!args.showDialog) {
+            // Every row as it came: no dialog is needed, nor made, so that this also works
+            // in a session without windows.
+            ChainPtr answer = settingsAnswer(args.sourceDrawing, settings);
+            ovedRetList(answer.get());
+        } else if (!windowsShown()) {
+            // Nobody can choose in a session without windows: no rows rather than a guess.
+            ovutPrintf(L"\nzel_invoke_importwt_dlg: this session shows no windows; call it "
+                       L"with 0 to have every wire type.\n");
+            ovutRelRb(settings);
+            ovedRetNil();
+            return 1;
         } else {
             // The dialog has no parent window: it is the drafter's one window while it runs.
             ZelImportWTDlg dialog(settings, args.preselected, nullptr);
-            ChainPtr answer = adoptChain(nullptr);
-            if (!args.showDialog) {
-                answer = settingsAnswer(args.sourceDrawing, settings);
-            } else {
-                const int result = dialog.DoModal();
-                answer = rowsAnswer(args.sourceDrawing, result == 1 ? dialog.GetChosenRows(true)
-                                                                    : dialog.GetPresetRows(true));
-                ovutRelRb(settings);
-                settings = nullptr;
-            }
+            const int result = dialog.DoModal();
+            ChainPtr answer =
+                rowsAnswer(args.sourceDrawing,
+                           result == 1 ? dialog.GetChosenRows(true) : dialog.GetPresetRows(true));
+            ovutRelRb(settings);
             ovedRetList(answer.get());
         }
     }
-    if (args.showDialog && noWireTypes) {
-        // NOWT-PENDING: the task dialog of the host
+    // Without the dialog the caller works on its own and tells its user itself.
+    if (args.showDialog && noWireTypes && !windowsShown()) {
+        ovutPrintf(L"\nzel_invoke_importwt_dlg: no wire types found in %ls.\n", source.c_str());
+    } else if (args.showDialog && noWireTypes) {
+        NqTaskDialog notice;
+        if (notice.LoadFromFile(L"/ZelTaskDialogsRes;component/TaskDialogs.xaml",
+                                L"ZelImportWireType.NoWireTypeFound", nullptr, 0))
+            notice.ShowDialog(ovqw_orvexMainWnd());
     }
     return 1;
 }

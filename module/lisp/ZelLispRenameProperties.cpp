@@ -9,11 +9,22 @@
 #include "shell/ResourceOverride.h"
 
 #include "ovcore/oved.h"
+#include "ovdb/ovut.h"
+#include "ovui/OvUi.h"
+
+#include <QApplication>
 
 int zel_rename_wire_properties() {
     const ResourceOverride resources;
-    QWidget* frame = nullptr;
     const QString text = zellisp::lispString(ovedGetArgs());
+    // A session without windows cannot ask; the caller keeps the names it has.
+    if (!qobject_cast<QApplication*>(QCoreApplication::instance())) {
+        ovutPrintf(L"\nzel_rename_wire_properties: this session shows no windows; the names "
+                   L"stay as they were.\n");
+        ovedRetStr(text.toStdWString().c_str());
+        return 1;
+    }
+    QWidget* frame = ovedGetOrvexFrame();
     ZelWirePropDlg dialog(frame, text);
     dialog.DoModal();
     ovedRetStr(dialog.GetProps().toStdWString().c_str());

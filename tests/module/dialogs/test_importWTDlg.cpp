@@ -8,8 +8,11 @@
 
 #include "ovdb/ovut.h"
 
+#include <QAbstractButton>
+#include <QApplication>
 #include <QFile>
 #include <QHeaderView>
+#include <QLabel>
 #include <QRegularExpression>
 #include <QTest>
 #include <QTimer>
@@ -119,6 +122,9 @@ TEST_F(ImportDialogTest, CancelGivesThePresetRowsAndKeepsTheLastAcceptedOptions)
         [&](platform::TemplateDialog& base) {
             auto& dialog = dynamic_cast<ZelImportWTDlg&>(base);
             EXPECT_EQ(selectedLayers(dialog.grid()), QStringList({"GY_0.5", "WH_0.75"}));
+            clearOutput();
+            click(dialog, 1013);
+            EXPECT_TRUE(output().contains("import_wire_types_dialog")) << output().toStdString();
             setCheck(dialog, 1037, dialog.IsDlgButtonChecked(1037) == 0);
             setCheck(dialog, 1039, dialog.IsDlgButtonChecked(1039) == 0);
             click(dialog, 2);
@@ -170,6 +176,26 @@ TEST_F(ImportDialogTest, ADrawingWithoutWireTypesOrNoDrawingAtAllGivesNil) {
             << path.toStdString();
         EXPECT_FALSE(shown) << path.toStdString();
     }
+
+    // With the show flag the drafter is told, by the host's task dialog, and nothing more.
+    QString notice;
+    QTimer watcher;
+    watcher.setInterval(20);
+    QObject::connect(&watcher, &QTimer::timeout, [&] {
+        QWidget* modal = QApplication::activeModalWidget();
+        if (!modal || !modal->isVisible())
+            return;
+        watcher.stop();
+        if (auto* instruction = modal->findChild<QLabel*>("1001"))
+            notice = instruction->text();
+        auto* ok = modal->findChild<QAbstractButton*>("1");
+        ASSERT_NE(ok, nullptr);
+        QTest::mouseClick(ok, Qt::LeftButton);
+    });
+    watcher.start();
+    EXPECT_EQ(evalLisp(call(empty, 1, "nil")).value, "nil");
+    watcher.stop();
+    EXPECT_FALSE(notice.isEmpty()) << "no task dialog came up";
 }
 
 TEST_F(ImportDialogTest, AHeaderDoubleClickSortsDownThenUpAndAHeaderClickSelectsNothing) {
