@@ -13,11 +13,13 @@
 
 #include "ovcore/OvApDocManager.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QDialog>
 #include <QDir>
 #include <QDockWidget>
 #include <QFile>
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
@@ -25,6 +27,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScreen>
+#include <QTableView>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -173,6 +176,35 @@ int main(int argc, char** argv) {
         shoot(QStringLiteral("help"), QRect(help->frameGeometry()));
         help->close();
     }
+
+    // 8. The create and edit wire types dialog of the command WireTypeSel1, two rows selected.
+    QTimer::singleShot(800, [] {
+        QWidget* dialog = QApplication::activeModalWidget();
+        if (!dialog) {
+            std::fprintf(stderr, "orvex-screenshots: the wire type dialog did not open\n");
+            ++s_failures;
+            return;
+        }
+        dialog->move(40, 40);
+        if (auto* grid = dialog->findChild<QTableView*>(QStringLiteral("1002"))) {
+            // A cell first, as a drafter starts, then the two rows by their headers.
+            const QModelIndex cell = grid->model()->index(1, 4);
+            QTest::mouseClick(grid->viewport(), Qt::LeftButton, Qt::NoModifier,
+                              grid->visualRect(cell).center());
+            QHeaderView* rows = grid->verticalHeader();
+            for (const int row : {1, 2})
+                QTest::mouseClick(rows->viewport(), Qt::LeftButton,
+                                  row == 1 ? Qt::NoModifier : Qt::ShiftModifier,
+                                  QPoint(rows->width() / 2, rows->sectionViewportPosition(row) +
+                                                                rows->sectionSize(row) / 2));
+        }
+        settle();
+        shoot(QStringLiteral("edit-wire-types"), dialog->frameGeometry());
+        if (auto* cancel = dialog->findChild<QAbstractButton*>(QStringLiteral("2")))
+            QTest::mouseClick(cancel, Qt::LeftButton);
+    });
+    type(window, QStringLiteral("WireTypeSel1"));
+    settle();
 
     desktop.stop();
     return s_failures == 0 ? 0 : 1;

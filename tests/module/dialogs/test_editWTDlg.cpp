@@ -1,0 +1,460 @@
+// The create and edit wire types dialog, run modally over a saved drawing and worked with
+// mouse and key events; what it did is read back from the saved file.
+
+#include "DialogTest.h"
+
+#include "dialogs/ZelEditWTDlg.h"
+#include "dialogs/ZelImportWTDlg.h"
+#include "store/ZelWireTypeRec.h"
+
+#include "ovcore/OvEdBatchInput.h"
+#include "ovdb/OvDbDatabase.h"
+#include "ovdb/OvDbLayerTableRecord.h"
+#include "ovdb/ovdb.h"
+#include "platform/MessageBox.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QClipboard>
+#include <QFile>
+#include <QLineEdit>
+#include <QTest>
+
+namespace {
+
+bool enabled(ZelEditWTDlg& dialog, int id) {
+    return dialog.IsDlgItemEnabled(id);
+}
+
+} // namespace
+
+using EditWTDlgTest = DialogTest;
+
+TEST_F(EditWTDlgTest, ATypedColourAndSizeMakeAWireTypeInTheSavedDrawing) {
+    wireTypeDrawing({"RED_1"});
+    const int result = runEditDialog([&] {
+        EXPECT_EQ(gridNames(), QStringList{"RED_1"});
+        EXPECT_EQ(dialog().windowTitle(), moduleString(167));
+        EXPECT_FALSE(dialog().IsDlgItemVisible(1014)) << "the options of the choosing dialogs";
+        typeInto(2, 3, "BLU");
+        typeInto(2, 4, "2.5");
+        EXPECT_EQ(cell(2, 5), "BLU_2.5");
+        clickCell(2, 5);
+        clickButton(1);
+    });
+    EXPECT_EQ(result, platform::TemplateDialog::IDOK);
+    EXPECT_EQ(ZelWireTypeRec::m_nKey, 0) << "the keys start again for the next dialog";
+
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    ASSERT_TRUE(layerId(&saved, "BLU_2.5").isValid());
+    EXPECT_TRUE(wireRecord(&saved, "BLU_2.5").contains("(1 . \"BLU\") (2 . \"2.5\")"))
+        << wireRecord(&saved, "BLU_2.5").toStdString();
+    EXPECT_FALSE(wireRecord(&saved, "RED_1").isEmpty());
+}
+
+TEST_F(EditWTDlgTest, CancelAsksOnlyAfterChangesAndNoLeavesTheDrawingAsItWas) {
+    wireTypeDrawing({"BLUE_1", "RED_1"});
+
+    // Nothing changed: Cancel closes without a question.
+    EXPECT_EQ(runEditDialog([&] { clickButton(2); }), platform::TemplateDialog::IDCANCEL);
+    EXPECT_TRUE(messages().shown().empty());
+
+    const int result = runEditDialog([&] {
+        typeInto(3, 3, "GRN");
+        clickCell(1, 5);
+        // Cancel to the question keeps the dialog and the typed row.
+        messages().answer(platform::IDCANCEL);
+        clickButton(2);
+        ASSERT_TRUE(dialog().isVisible());
+        EXPECT_EQ(cell(3, 5), "GRN");
+        messages().answer(platform::IDNO);
+        clickButton(2);
+    });
+    EXPECT_EQ(result, platform::TemplateDialog::IDCANCEL);
+    EXPECT_EQ(messages().shownTexts(),
+              (std::vector<QString>{moduleString(113), moduleString(113)}));
+    EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
+
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    EXPECT_FALSE(layerId(&saved, "GRN").isValid());
+    EXPECT_FALSE(wireRecord(&saved, "BLUE_1").isEmpty());
+}
+
+TEST_F(EditWTDlgTest, YesToTheCancelQuestionCommitsAndStillEndsAsCancel) {
+    wireTypeDrawing({"RED_1"});
+    const int result = runEditDialog([&] {
+        typeInto(2, 3, "GRN");
+        clickCell(1, 5);
+        messages().answer(platform::IDYES);
+        key(Qt::Key_Escape);
+    });
+    EXPECT_EQ(result, platform::TemplateDialog::IDCANCEL);
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    EXPECT_TRUE(layerId(&saved, "GRN").isValid());
+}
+
+TEST_F(EditWTDlgTest, RemoveKeepsTheLayersAndDeleteErasesThemAtOk) {
+    wireTypeDrawing({"BLUE_1", "GRN_1", "RED_1", "YEL_1"});
+    const int result = runEditDialog([&] {
+        ASSERT_EQ(gridNames(), (QStringList{"BLUE_1", "GRN_1", "RED_1", "YEL_1"}));
+        // Remove asks first; No changes nothing.
+        clickRowHeader(3);
+        messages().answer(platform::IDNO);
+        clickButton(1026);
+        EXPECT_EQ(gridNames().size(), 4);
+        messages().answer(platform::IDYES);
+        clickButton(1026);
+        EXPECT_EQ(gridNames(), (QStringList{"BLUE_1", "GRN_1", "YEL_1"}));
+        // Delete from the menu asks nothing.
+        clickRowHeader(2);
+        clickRowHeader(3, Qt::ShiftModifier);
+        contextMenu(2, 5, 40028);
+        EXPECT_EQ(gridNames(), QStringList{"BLUE_1"});
+        clickCell(1, 5);
+        clickButton(1);
+    });
+    EXPECT_EQ(result, platform::TemplateDialog::IDOK);
+    EXPECT_EQ(messages().shownTexts(),
+              (std::vector<QString>{moduleString(109), moduleString(109)}));
+
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    EXPECT_TRUE(layerId(&saved, "RED_1").isValid()) << "a removed wire type keeps its layer";
+    EXPECT_TRUE(wireRecord(&saved, "RED_1").isEmpty());
+    EXPECT_FALSE(layerId(&saved, "GRN_1").isValid()) << "a deleted one loses it";
+    EXPECT_FALSE(layerId(&saved, "YEL_1").isValid());
+    EXPECT_FALSE(wireRecord(&saved, "BLUE_1").isEmpty());
+}
+
+TEST_F(EditWTDlgTest, RemoveAndDeleteFollowedByCancelLeaveTheDrawingAsItWas) {
+    wireTypeDrawing({"BLUE_1", "GRN_1", "RED_1"});
+    runEditDialog([&] {
+        clickRowHeader(3);
+        messages().answer(platform::IDYES);
+        clickButton(1026);
+        clickRowHeader(2);
+        contextMenu(2, 5, 40028);
+        ASSERT_EQ(gridNames(), QStringList{"BLUE_1"});
+        messages().answer(platform::IDNO);
+        clickButton(2);
+    });
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    for (const char* name : {"RED_1", "BLUE_1", "GRN_1"})
+        EXPECT_FALSE(wireRecord(&saved, name).isEmpty()) << name;
+}
+
+TEST_F(EditWTDlgTest, ADuplicateNameStopsTheCommitOnItsRow) {
+    wireTypeDrawing({"BLUE_1", "RED_1"});
+    const int result = runEditDialog([&] {
+        // The name of a wire type the drawing has opens for typing from the menu only.
+        clickCell(1, 5);
+        contextMenu(1, 5, 40043);
+        for (int i = 0; i < 6; ++i)
+            key(Qt::Key_Backspace);
+        typeText("RED_1");
+        key(Qt::Key_Tab);
+        ASSERT_EQ(gridNames(), (QStringList{"RED_1", "RED_1"}));
+        clickCell(1, 3);
+        clickButton(1);
+        ASSERT_TRUE(dialog().isVisible()) << "the commit stopped";
+        settle();
+        EXPECT_EQ(currentCell().second, 5);
+        EXPECT_EQ(cell(currentCell().first, 5), "RED_1");
+        EXPECT_FALSE(messages().shown().empty());
+        EXPECT_TRUE(grid().IsActiveCurrentCell()) << "the name at fault is open for typing";
+        key(Qt::Key_Backspace);
+        typeText("2");
+        key(Qt::Key_Tab);
+        clickCell(2, 3);
+        clickButton(1);
+    });
+    EXPECT_EQ(result, platform::TemplateDialog::IDOK);
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    EXPECT_TRUE(layerId(&saved, "RED_2").isValid());
+    EXPECT_FALSE(layerId(&saved, "BLUE_1").isValid()) << "renamed";
+}
+
+TEST_F(EditWTDlgTest, TheLayerNameFormatRefusesWhatNamesNoTokenAndKeepsTheLastGoodOne) {
+    wireTypeDrawing({"RED_1"});
+    runEditDialog([&] {
+        auto* edit = qobject_cast<QLineEdit*>(dialog().GetDlgItem(1019));
+        ASSERT_NE(edit, nullptr);
+        EXPECT_EQ(edit->text(), "%C_%S");
+        struct Case {
+            const char* typed;
+            bool refused;
+        };
+        for (const Case& c : {Case{"ABC", true}, Case{"%X_%S", true}, Case{"%C_", false},
+                              Case{"%C_%", true}, Case{" %c-%s ", false}, Case{"W%1", false}}) {
+            edit->setFocus();
+            edit->selectAll();
+            typeText(c.typed);
+            bool alerted = false;
+            whenModal([&](QWidget* modal) {
+                alerted =
+                    modal->objectName() == "107" || modal->findChild<QWidget*>("1021") != nullptr;
+                if (auto* close = modal->findChild<QAbstractButton*>("2"))
+                    QTest::mouseClick(close, Qt::LeftButton);
+            });
+            clickCell(1, 3);
+            QTest::qWait(100);
+            settle();
+            EXPECT_EQ(alerted, c.refused) << c.typed;
+            if (c.refused) {
+                EXPECT_EQ(edit->text(), dialog().LayerFormat()) << c.typed;
+            }
+        }
+        EXPECT_EQ(dialog().LayerFormat(), "W%1");
+        clickCell(1, 3);
+        clickButton(1);
+    });
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    EXPECT_TRUE(currentRecord(&saved).contains("|W%1|")) << currentRecord(&saved).toStdString();
+}
+
+TEST_F(EditWTDlgTest, MakeDefaultShowsTheRowAndTheDrawingKeepsIt) {
+    wireTypeDrawing({"BLUE_1", "RED_1"});
+    runEditDialog([&] {
+        clickCell(1, 5);
+        clickButton(1032);
+        EXPECT_EQ(dialog().GetDlgItemText(1033), "BLUE_1");
+        clickButton(1);
+    });
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    EXPECT_TRUE(currentRecord(&saved).startsWith("BLUE_1|")) << currentRecord(&saved).toStdString();
+}
+
+TEST_F(EditWTDlgTest, TheMakeAllValidBoxLocksTheDialogAndTheDrawingKeepsIt) {
+    wireTypeDrawing({"RED_1"});
+    runEditDialog([&] {
+        EXPECT_TRUE(enabled(dialog(), 1025));
+        clickControl(1027);
+        EXPECT_EQ(dialog().IsDlgButtonChecked(1027), 1);
+        for (const int id : {1026, 1025, 1012, 1011, 1016, 1032, 1019})
+            EXPECT_FALSE(enabled(dialog(), id)) << id;
+        EXPECT_FALSE(grid().isEnabled());
+        for (const int id : {1, 2, 1013, 1027})
+            EXPECT_TRUE(enabled(dialog(), id)) << id;
+        clickButton(1);
+    });
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    EXPECT_TRUE(currentRecord(&saved).endsWith("|1")) << currentRecord(&saved).toStdString();
+
+    // Opened again on that drawing: no wire rows, grey and locked, until the box is off.
+    runEditDialog([&] {
+        EXPECT_EQ(dialog().IsDlgButtonChecked(1027), 1);
+        EXPECT_LE(grid().GetRowCount(), 1) << "no wire rows, at most the blank one";
+        EXPECT_FALSE(grid().isEnabled());
+        EXPECT_FALSE(enabled(dialog(), 1025));
+        clickControl(1027);
+        EXPECT_TRUE(grid().isEnabled());
+        EXPECT_TRUE(enabled(dialog(), 1025));
+        clickButton(1);
+    });
+    OvDbDatabase again(false, true);
+    saveAndReadBack(again);
+    EXPECT_TRUE(currentRecord(&again).endsWith("|0")) << currentRecord(&again).toStdString();
+}
+
+TEST_F(EditWTDlgTest, AddExistingLayersTakesThePatternTypedAtTheCommandLine) {
+    wireTypeDrawing({"RED_1"}, {"PUMP_A", "PUMP_B", "VALVE"});
+    loadAddonLisp("wd_lay.scm");
+    OvEdBatchInput::instance().queueInput("pump*");
+    runEditDialog([&] {
+        clickButton(1025);
+        EXPECT_EQ(gridNames(), (QStringList{"RED_1", "PUMP_A", "PUMP_B"}));
+        // A cancelled request adds nothing.
+        OvEdBatchInput::instance().queueInputCancel();
+        clickButton(1025);
+        EXPECT_EQ(gridNames().size(), 3);
+        clickCell(1, 5);
+        clickButton(1);
+    });
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    EXPECT_FALSE(wireRecord(&saved, "PUMP_A").isEmpty());
+    EXPECT_FALSE(wireRecord(&saved, "PUMP_B").isEmpty());
+    EXPECT_TRUE(wireRecord(&saved, "VALVE").isEmpty());
+}
+
+TEST_F(EditWTDlgTest, EscUndoesAnOpenCellBeforeItCancelsEnterNeverLeavesF1OpensHelp) {
+    wireTypeDrawing({"RED_1"});
+    const int result = runEditDialog([&] {
+        clickCell(1, 3);
+        typeText("XX");
+        ASSERT_TRUE(grid().IsActiveCurrentCell());
+        key(Qt::Key_Escape);
+        ASSERT_TRUE(dialog().isVisible());
+        EXPECT_EQ(cell(1, 3), "");
+        dialog().GetDlgItem(1019)->setFocus();
+        key(Qt::Key_Return);
+        ASSERT_TRUE(dialog().isVisible()) << "Enter is no OK";
+        clearOutput();
+        key(Qt::Key_F1);
+        EXPECT_TRUE(output().contains("create_edit_wire_type_dialog")) << output().toStdString();
+        clickCell(1, 3);
+        key(Qt::Key_Escape);
+    });
+    EXPECT_EQ(result, platform::TemplateDialog::IDCANCEL);
+}
+
+TEST_F(EditWTDlgTest, TheMenuFitsWhatWasClicked) {
+    wireTypeDrawing({"BLUE_1", "RED_1"});
+    runEditDialog([&] {
+        EXPECT_EQ(contextMenu(1, 2), QStringList{"no menu"}) << "the in-use column";
+        clickCell(1, 5);
+        const QStringList onName = contextMenu(1, 5);
+        EXPECT_TRUE(onName.contains("40013"));
+        EXPECT_TRUE(onName.contains("40043"));
+        EXPECT_FALSE(onName.contains("40014")) << "a cut would empty the layer name";
+        EXPECT_FALSE(onName.contains("40039"));
+        clickCell(2, 3);
+        const QStringList onColour = contextMenu(2, 3);
+        EXPECT_TRUE(onColour.contains("40014"));
+        EXPECT_FALSE(onColour.contains("40043"));
+        clickButton(2);
+    });
+}
+
+TEST_F(EditWTDlgTest, RowsCopiedInOneRunArePastedInTheNext) {
+    wireTypeDrawing({"RED_1"});
+    runEditDialog([&] {
+        typeInto(1, 3, "RD");
+        typeInto(1, 4, "1");
+        clickCell(1, 3);
+        clickCell(1, 4, Qt::ShiftModifier);
+        key(Qt::Key_C, Qt::ControlModifier);
+        EXPECT_EQ(QApplication::clipboard()->text(), "RD\t1\n");
+        // Ctrl+C in the format edit is the edit's own.
+        dialog().GetDlgItem(1019)->setFocus();
+        key(Qt::Key_C, Qt::ControlModifier);
+        messages().answer(platform::IDNO);
+        clickButton(2);
+    });
+    runEditDialog([&] {
+        clickCell(2, 3);
+        key(Qt::Key_V, Qt::ControlModifier);
+        EXPECT_EQ(cell(2, 3), "RD");
+        EXPECT_EQ(cell(2, 4), "1");
+        clickCell(1, 3);
+        clickButton(1);
+    });
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    EXPECT_TRUE(wireRecord(&saved, "RD_1").contains("(1 . \"RD\") (2 . \"1\")"))
+        << wireRecord(&saved, "RD_1").toStdString();
+}
+
+TEST_F(EditWTDlgTest, ThreeSelectedRowsTakeTheOneColourChosen) {
+    wireTypeDrawing({"BLUE_1", "GRN_1", "RED_1", "YEL_1"});
+    runEditDialog([&] {
+        // The first row gets a colour of its own, so that the picker has one to open on.
+        clickCell(1, 5);
+        whenModal([](QWidget* picker) {
+            QTest::mouseClick(picker->findChild<QWidget*>("color-5"), Qt::LeftButton);
+            QTest::mouseClick(picker->findChild<QAbstractButton*>("1"), Qt::LeftButton);
+        });
+        clickButton(1012);
+        ASSERT_TRUE(modalSeen());
+
+        clickRowHeader(1);
+        clickRowHeader(3, Qt::ShiftModifier);
+        QString openedOn;
+        whenModal([&](QWidget* picker) {
+            openedOn = picker->findChild<QLineEdit*>("1001")->text();
+            QTest::mouseClick(picker->findChild<QWidget*>("color-3"), Qt::LeftButton);
+            QTest::mouseClick(picker->findChild<QAbstractButton*>("1"), Qt::LeftButton);
+        });
+        clickButton(1012);
+        ASSERT_TRUE(modalSeen());
+        EXPECT_EQ(openedOn, "blue") << "the picker opens on the first selected row's colour";
+
+        // A cancelled picker changes nothing.
+        clickCell(4, 5);
+        whenModal([](QWidget* picker) {
+            QTest::mouseClick(picker->findChild<QWidget*>("color-1"), Qt::LeftButton);
+            QTest::mouseClick(picker->findChild<QAbstractButton*>("2"), Qt::LeftButton);
+        });
+        clickButton(1012);
+        clickCell(1, 5);
+        clickButton(1);
+    });
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    const auto colourOf = [&](const char* name) {
+        OvDbLayerTableRecord* layer = nullptr;
+        int index = -1;
+        if (ovdbOpenObject(layer, layerId(&saved, name), OvDb::kForRead) == Orvex::eOk) {
+            index = layer->color().colorIndex();
+            layer->close();
+        }
+        return index;
+    };
+    EXPECT_EQ(colourOf("BLUE_1"), 3);
+    EXPECT_EQ(colourOf("GRN_1"), 3);
+    EXPECT_EQ(colourOf("RED_1"), 3);
+    EXPECT_NE(colourOf("YEL_1"), 3) << "not selected";
+    EXPECT_NE(colourOf("YEL_1"), 1) << "the picker was cancelled";
+}
+
+TEST_F(EditWTDlgTest, ImportBringsTheChosenWireTypesAndRemembersTheirFolder) {
+    wireTypeDrawing({"RED_1"});
+    const QString project = tempPath("project/demo.wdp");
+    evalLisp("(setq GBL_wd_prj \"" + project + "\")");
+    defineImportFunctions();
+    const QString source = tempPath("other/import.dwg");
+    ASSERT_TRUE(QFile::copy(QStringLiteral(ZEL_DEMO_DIR "/drawings/import.dwg"), source));
+    ZelEditWTDlg::ImportFolders().clear();
+
+    OvEdBatchInput::instance().queueFile(source);
+    runEditDialog([&] {
+        whenModal([](QWidget* modal) {
+            auto* import = dynamic_cast<platform::TemplateDialog*>(modal);
+            if (!import) {
+                ADD_FAILURE() << "not the import dialog: " << modal->windowTitle().toStdString();
+                modal->close();
+                return;
+            }
+            // Three rows chosen: the toggle clears all, then a click and two Ctrl+clicks.
+            QTest::mouseClick(import->GetDlgItem(1036), Qt::LeftButton);
+            QTest::mouseClick(import->GetDlgItem(1036), Qt::LeftButton);
+            auto& list = static_cast<ZelImportWTDlg*>(import)->grid();
+            for (const int row : {2, 4, 6}) {
+                const QModelIndex index = list.model()->index(row - 1, 2);
+                QTest::mouseClick(list.viewport(), Qt::LeftButton,
+                                  row == 2 ? Qt::NoModifier : Qt::ControlModifier,
+                                  list.visualRect(index).center());
+            }
+            // Both the look and the properties of the other drawing come along.
+            for (const int id : {1037, 1039}) {
+                if (import->IsDlgButtonChecked(id) != 1)
+                    QTest::mouseClick(import->GetDlgItem(id), Qt::LeftButton, Qt::NoModifier,
+                                      QPoint(5, import->GetDlgItem(id)->height() / 2));
+            }
+            QTest::mouseClick(import->GetDlgItem(1), Qt::LeftButton);
+        });
+        clickButton(1034);
+        ASSERT_TRUE(modalSeen());
+        EXPECT_EQ(gridNames(), (QStringList{"RED_1", "BK_1.5", "GY_0.5", "WH_0.75"}));
+        clickCell(1, 5);
+
+        clickButton(1);
+    });
+    EXPECT_EQ(ZelEditWTDlg::ImportFolders(),
+              (std::vector<QString>{project, tempPath("other") + "/"}));
+
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    for (const char* name : {"BK_1.5", "GY_0.5", "WH_0.75"})
+        EXPECT_FALSE(wireRecord(&saved, name).isEmpty()) << name;
+    EXPECT_TRUE(wireRecord(&saved, "BN_1").isEmpty()) << "not chosen";
+    EXPECT_FALSE(wireRecord(&saved, "RED_1").isEmpty());
+}

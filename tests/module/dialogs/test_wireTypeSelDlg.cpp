@@ -1,0 +1,103 @@
+// The set and edit twin of the create and edit dialog: edits, then hands back the chosen
+// wire type as five strings, by OK or as a change of existing wires.
+
+#include "DialogTest.h"
+
+#include "dialogs/ZelWireTypeSelDlg.h"
+#include "grid/ZelWTGrid.h"
+
+#include "ovcore/OvLisp.h"
+#include "ovdb/OvDbDatabase.h"
+#include "ovdb/ovut.h"
+#include "platform/MessageBox.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QFile>
+
+using WireTypeSelDlgTest = DialogTest;
+
+namespace {
+
+QString resultText(const resbuf* result) {
+    return ovcore::lisp::toLispNotation(result);
+}
+
+} // namespace
+
+TEST_F(WireTypeSelDlgTest, OkMakesTheChoiceCurrentOnlyWhenAskedAndChangeWiresNever) {
+    OvDbDatabase* database = wireTypeDrawing({"BLUE_1", "RED_1"});
+    const QString before = clayerName(database);
+    ASSERT_NE(before, "RED_1");
+
+    // Change wires with "make current" on: the answer says so, the drawing is left alone.
+    int result = runSelDialog([&] {
+        EXPECT_EQ(selDialog().windowTitle(), moduleString(104));
+        EXPECT_FALSE(selDialog().IsDlgItemVisible(1032)) << "no default is set here";
+        clickCell(2, 5);
+        clickControl(1020);
+        clickControl(1009);
+        clickButton(1014);
+    });
+    EXPECT_EQ(result, platform::TemplateDialog::IDOK);
+    EXPECT_EQ(resultText(selDialog().GetResult()), R"(("RED_1" "1" "1" "1" "1"))");
+    EXPECT_EQ(clayerName(database), before);
+
+    result = runSelDialog([&] {
+        clickCell(2, 5);
+        clickControl(1020);
+        clickButton(1);
+    });
+    EXPECT_EQ(result, platform::TemplateDialog::IDOK);
+    EXPECT_EQ(resultText(selDialog().GetResult()), R"(("RED_1" "1" "0" "1" "0"))");
+    EXPECT_EQ(clayerName(database), "RED_1");
+    EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
+}
+
+TEST_F(WireTypeSelDlgTest, CancelAfterADeleteAsksNothingAndKeepsTheLayer) {
+    wireTypeDrawing({"BLUE_1", "RED_1"});
+    const int result = runSelDialog([&] {
+        clickRowHeader(2);
+        contextMenu(2, 5, 40028);
+        ASSERT_EQ(gridNames(), QStringList{"BLUE_1"});
+        clickButton(2);
+    });
+    EXPECT_EQ(result, platform::TemplateDialog::IDCANCEL);
+    EXPECT_TRUE(messages().shown().empty());
+    EXPECT_EQ(selDialog().GetResult(), nullptr);
+    OvDbDatabase saved(false, true);
+    saveAndReadBack(saved);
+    EXPECT_FALSE(wireRecord(&saved, "RED_1").isEmpty());
+}
+
+TEST_F(WireTypeSelDlgTest, CopyGoesToTheCopyFileAndLeavesTheClipboardAlone) {
+    wireTypeDrawing({"BLUE_1", "RED_1"});
+    QApplication::clipboard()->setText("untouched");
+    const QString copyFile = ZelWTGrid::CopyFilePath();
+    QFile::remove(copyFile);
+    runSelDialog([&] {
+        typeInto(1, 3, "BL");
+        clickCell(1, 3);
+        clickCell(1, 4, Qt::ShiftModifier);
+        key(Qt::Key_C, Qt::ControlModifier);
+        clickButton(2);
+    });
+    EXPECT_EQ(QApplication::clipboard()->text(), "untouched");
+    QFile file(copyFile);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << copyFile.toStdString();
+    EXPECT_EQ(QString::fromUtf8(file.readAll()).trimmed(), "BL");
+}
+
+TEST_F(WireTypeSelDlgTest, SetOnlyKeepsTheChangeOptionsOffAndOkStillWorks) {
+    wireTypeDrawing({"BLUE_1", "RED_1"});
+    const int result = runSelDialog(
+        [&] {
+            clickCell(1, 5);
+            for (const int id : {1008, 1009, 1010, 1014})
+                EXPECT_FALSE(selDialog().IsDlgItemEnabled(id)) << id;
+            clickButton(1);
+        },
+        true);
+    EXPECT_EQ(result, platform::TemplateDialog::IDOK);
+    EXPECT_EQ(resultText(selDialog().GetResult()), R"(("BLUE_1" "0" "0" "1" "0"))");
+}
