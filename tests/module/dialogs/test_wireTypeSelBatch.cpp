@@ -62,11 +62,7 @@ QMap<QString, QString> said(const QString& output) {
 }
 
 TEST(WireTypeSelBatch, TheDialogsDrivenFromAScriptAnswerAsADrafterChose) {
-    int argc = 1;
-    char name[] = "test";
-    char* argv[] = {name, nullptr};
-    // The program's folder, where orvex is built beside the tests.
-    const QCoreApplication application(argc, argv);
+    // orvex is built beside the tests; the program's main made the application.
     QTemporaryDir folder;
     ASSERT_TRUE(folder.isValid());
     QDir().mkpath(folder.filePath("drawings"));
