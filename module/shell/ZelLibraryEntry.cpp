@@ -3,6 +3,7 @@
 #include "shell/ZelHostServices.h"
 #include "shell/ZelModuleState.h"
 
+#include "ovui/OvUi.h"
 #include "platform/Resources.h"
 
 const wchar_t* const s_moduleFileName = L"ZelWireType.ovm";
@@ -48,6 +49,7 @@ bool LoadResourceLibrary(const QString& moduleFile, const QString& resourceFile)
 bool ZelLibraryEntry(void* instance, unsigned reason) {
     if (reason == kZelProcessAttach) {
         moduleInstance = instance;
+        InitOvUiDLL();
         beginAttach();
         return endAttach(LoadResourceLibrary(QString::fromWCharArray(s_moduleFileName),
                                              QString::fromWCharArray(s_resourceFileName)));

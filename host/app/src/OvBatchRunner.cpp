@@ -6,6 +6,7 @@
 #include "ovcore/OvLisp.h"
 #include "ovcore/OvModuleLoader.h"
 #include "ovdb/ovut.h"
+#include "ovui/OvUi.h"
 #include "platform/MessageBox.h"
 #include "zelpm/ZelPrmProjectManager.h"
 
@@ -58,6 +59,9 @@ int OvBatchRunner::run() {
         if (!host.init()) {
             fail(QStringLiteral("the host cannot start: another one runs in this process"));
         } else {
+            // The host's own dialogs and their LISP functions, as in the desktop: in a batch
+            // run they open on the offscreen screen, for a queued procedure to drive.
+            InitOvUiDLL();
             runSteps(ovDocManagerPtr());
             host.shutdown();
         }

@@ -164,6 +164,8 @@ int NqTaskDialog::ShowDialog(QWidget* owner) {
     }
     QDialog dialog(owner ? owner : ovuiDialogParent());
     dialog.setObjectName(QStringLiteral("hostTaskDialog"));
+    // The dialog automation records a task dialog's texts with the message boxes.
+    dialog.setProperty("orvexTaskDialog", true);
     dialog.setWindowTitle(m_entry->title.isEmpty() ? QStringLiteral("Orvex") : m_entry->title);
 
     auto* icon = new QLabel;

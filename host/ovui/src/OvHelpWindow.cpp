@@ -12,6 +12,7 @@
 #include <QCoreApplication>
 #include <QDialogButtonBox>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QImage>
 #include <QPointer>
@@ -100,6 +101,20 @@ QString ovuiShowHelp(const QString& file, const QString& topic) {
     return page;
 }
 
+// The page's first heading names the window, as the drafter reads it; a page without one
+// goes by its topic.
+QString OvHelpWindow::pageTitle(const QString& path) {
+    QFile file(path);
+    if (file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        for (int line = 0; line < 20 && !file.atEnd(); ++line) {
+            const QString text = QString::fromUtf8(file.readLine()).trimmed();
+            if (text.startsWith(QLatin1String("# ")))
+                return text.mid(2).trimmed();
+        }
+    }
+    return tr("Orvex help - %1").arg(QFileInfo(path).completeBaseName());
+}
+
 OvHelpWindow::OvHelpWindow(QWidget* parent) : QDialog(parent), m_browser(new QTextBrowser) {
     setObjectName(QStringLiteral("helpWindow"));
     resize(760, 680);
@@ -113,7 +128,7 @@ OvHelpWindow::OvHelpWindow(QWidget* parent) : QDialog(parent), m_browser(new QTe
     layout->addWidget(m_browser);
     layout->addWidget(buttons);
     connect(m_browser, &QTextBrowser::sourceChanged, this, [this](const QUrl& url) {
-        setWindowTitle(tr("Orvex help - %1").arg(QFileInfo(url.toLocalFile()).completeBaseName()));
+        setWindowTitle(pageTitle(url.toLocalFile()));
         fitImages(url.toLocalFile());
     });
 }

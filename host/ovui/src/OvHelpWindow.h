@@ -15,6 +15,7 @@ public:
     QString page() const;
 
 private:
+    static QString pageTitle(const QString& path);
     void fitImages(const QString& page);
 
     QTextBrowser* m_browser;

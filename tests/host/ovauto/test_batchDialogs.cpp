@@ -36,9 +36,9 @@ TEST(BatchDialogs, AProcedureChoosesAFileInARealFileDialog) {
     EXPECT_EQ(r.exitCode, 0) << r.out.toStdString() << r.err.toStdString();
     EXPECT_EQ(r.out, QStringLiteral("\"%1\"\n").arg(path));
 
-    // With nothing queued at all it is cancelled as before.
+    // With nothing queued at all the dialog opens, nobody drives it, and it is cancelled.
     const auto cancelled = batch("(getfiled \"Open a drawing\" \"\" \"dwg\" 0)");
-    EXPECT_TRUE(cancelled.out.contains("no file name is queued")) << cancelled.out.toStdString();
+    EXPECT_EQ(cancelled.out, "dialog \"Open a drawing\" not driven: cancelled\nnil\n");
 }
 
 TEST(BatchDialogs, AFaultyProcedureEndsTheRunWithStatusOne) {
@@ -62,6 +62,38 @@ TEST(BatchDialogs, ProceduresThatNoDialogUsedAreReported) {
     const auto r = batch("(orvex-dialog-queue (lambda () nil))");
     EXPECT_EQ(r.exitCode, 0);
     EXPECT_EQ(r.out, "1\n; 1 queued dialog procedure(s) not used: no dialog opened for them\n");
+}
+
+// The host's own dialogs as a script answers them: each picker chosen from and cancelled,
+// a help topic and the index. Values come
+// back on "@@ tag value" lines.
+TEST(BatchDialogs, TheHostsDialogsAnswerAScriptAsTheyWouldADrafter) {
+    const auto r = OrvexProcess::batch(OrvexProcess::evals({QStringLiteral(R"lisp((progn
+(defun say (tag v) (princ (strcat "@@ " tag " " (vl-prin1-to-string v) "\n")))
+(orvex-dialog-queue (lambda () (orvex-dialog-click "color-3") (orvex-dialog-click 1)))
+(say "color" (orvex-color-dialog 7))
+(orvex-dialog-queue (lambda () (orvex-dialog-set-text 1001 "blue") (orvex-dialog-click 2)))
+(say "color-cancel" (orvex-color-dialog 7))
+(orvex-dialog-queue (lambda () (orvex-dialog-choose 1001 "DASHED") (orvex-dialog-click 1)))
+(say "linetype" (orvex-linetype-dialog "CONTINUOUS"))
+(orvex-dialog-queue (lambda () (orvex-dialog-choose 1001 "DASHED") (orvex-dialog-key "Escape")))
+(say "linetype-cancel" (orvex-linetype-dialog "CONTINUOUS"))
+(orvex-dialog-queue (lambda () (orvex-dialog-choose 1001 "0.50 mm") (orvex-dialog-click 1)))
+(say "lineweight" (orvex-lineweight-dialog 25))
+(orvex-dialog-queue (lambda () (orvex-dialog-choose 1001 "0.50 mm") (orvex-dialog-click 2)))
+(say "lineweight-cancel" (orvex-lineweight-dialog 25))
+(orvex-dialog-queue (lambda () (say "help" (orvex-dialog-title)) (orvex-dialog-click 2)))
+(help "zel.md" "import_wire_types_dialog")
+(orvex-dialog-queue (lambda () (say "unknown" (orvex-dialog-title)) (orvex-dialog-click 2)))
+(help "zel.md" "no_such_topic")
+(princ)))lisp")}));
+    EXPECT_EQ(r.exitCode, 0) << r.out.toStdString() << r.err.toStdString();
+    for (const char* line :
+         {"@@ color 3\n", "@@ color-cancel nil\n", "@@ linetype \"DASHED\"\n",
+          "@@ linetype-cancel nil\n", "@@ lineweight 50\n", "@@ lineweight-cancel nil\n",
+          "@@ help \"Import wire types\"\n", "@@ unknown \"Orvex help\"\n"})
+        EXPECT_TRUE(r.out.contains(QString::fromUtf8(line))) << line << "\n" << r.out.toStdString();
+    EXPECT_FALSE(r.out.contains("not driven")) << r.out.toStdString();
 }
 
 } // namespace

@@ -28,6 +28,10 @@ TEST_F(DialogBatchTest, ImportAndPropertyNamesDrivenInABatchRun) {
         "(cadr (zel_invoke_importwt_dlg " + source + " 1 nil))",
         "(progn (orvex-dialog-queue (lambda () (orvex-dialog-click 1)))"
         " (zel_rename_wire_properties \"Cable,\\\"Rating, max\\\"\"))",
+        // A drawing that cannot be read: nil, and the task dialog says why, once answered.
+        "(progn (orvex-dialog-queue (lambda () (orvex-dialog-answer 1)))"
+        " (list (zel_invoke_importwt_dlg \"/nonexistent/none.dwg\" 1 nil)"
+        " (length (orvex-dialog-messages))))",
     };
     QStringList arguments = {"--batch"};
     for (const QString& expression : evals)
@@ -39,7 +43,7 @@ TEST_F(DialogBatchTest, ImportAndPropertyNamesDrivenInABatchRun) {
     EXPECT_EQ(orvex.exitCode(), 0)
         << out.toStdString() << orvex.readAllStandardError().toStdString();
     const QStringList lines = out.split('\n', Qt::SkipEmptyParts);
-    ASSERT_EQ(lines.size(), 5) << out.toStdString();
+    ASSERT_EQ(lines.size(), 6) << out.toStdString();
     EXPECT_TRUE(lines[0].startsWith("(" + source + " (0 1) ((\"GY_0.5\" \"GY\" \"0.5\" \"PVC\""))
         << lines[0].toStdString();
     EXPECT_TRUE(lines[0].contains(") (\"BK_1.5\" \"BK\" \"1.5\" \"Rubber\""))
@@ -50,6 +54,7 @@ TEST_F(DialogBatchTest, ImportAndPropertyNamesDrivenInABatchRun) {
     EXPECT_TRUE(lines[2].contains("not driven")) << lines[2].toStdString();
     EXPECT_EQ(lines[3], "(0 1)");
     EXPECT_EQ(lines[4], "\"Cable,\\\"Rating, max\\\"" + QString(18, u',') + "\"");
+    EXPECT_EQ(lines[5], "(nil 1)");
 }
 
 } // namespace
