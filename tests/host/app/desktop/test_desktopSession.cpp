@@ -182,6 +182,18 @@ TEST_F(DesktopSession, CommandLineRunsCommandsAndLispWithHistoryAndCompletion) {
     EXPECT_EQ(input->text(), QStringLiteral("NoSuchCommand"));
 }
 
+TEST_F(DesktopSession, TheWireTypeCommandOpensItsDialogOverTheWindow) {
+    start();
+    // A procedure stands in for the drafter: it reads the dialog and cancels it.
+    type(QStringLiteral("(orvex-dialog-queue (lambda () (princ (strcat \"[\" (orvex-dialog-title)"
+                        " \"|\" (itoa (orvex-grid-rows 1002)) \"]\")) (orvex-dialog-click 2)))"));
+    type(QStringLiteral("WireTypeSel1"));
+    // The demo's five wire types and the blank row for a new one.
+    EXPECT_TRUE(output().contains(QStringLiteral("[Create/Edit Wire Types|6]")))
+        << output().toStdString();
+    EXPECT_FALSE(output().contains(QStringLiteral("; error"))) << output().toStdString();
+}
+
 TEST_F(DesktopSession, LayerPanelFollowsTheDrawing) {
     start();
     const OvLayerModel* model = window()->layerPanel()->model();
