@@ -16,6 +16,7 @@
 #include "ovdb/OvDbXrecord.h"
 #include "ovdb/ovdbOpenObject.h"
 #include "ovdb/ovut.h"
+#include "zeldefun/ZelQvxDatabase.h"
 
 #include <map>
 #include <memory>
@@ -37,17 +38,14 @@ QString currentDocumentFileName() {
 }
 
 // The drawing a function works on: the working one for an empty path, else the file read
-// into a side database that `side` owns. Null when the file cannot be read.
-OvDbDatabase* chooseDatabase(const QString& path, std::unique_ptr<OvDbDatabase>& side) {
+// into a side database that `side` holds. The add-on keeps a file read in this process
+// while it is unchanged on disk, so that a script asking for every layer of a drawing, one
+// call a layer, reads the file once. Null when the file cannot be read.
+OvDbDatabase* chooseDatabase(const QString& path, std::shared_ptr<OvDbDatabase>& side) {
     if (path.isEmpty())
         return workingDatabase();
-    side.reset(new (std::nothrow) OvDbDatabase(false, true));
-    if (!side)
-        return nullptr;
-    if (side->readDwgFile(wide(path).c_str(), 3, false, nullptr) != Orvex::eOk) {
-        side.reset();
-        return nullptr;
-    }
+    QString error;
+    side = ZelQvxDatabase::sharedFileDrawing(path, error);
     return side.get();
 }
 
@@ -174,7 +172,7 @@ int zel_query_wiretype() {
 int zel_get_active_dwg_wiretype() {
     const QString path = lispString(ovedGetArgs());
     ZelWireTypeRec store;
-    std::unique_ptr<OvDbDatabase> side;
+    std::shared_ptr<OvDbDatabase> side;
     OvDbDatabase* database = chooseDatabase(path, side);
     if (!database)
         return 1;
@@ -207,7 +205,7 @@ int zel_get_dwg_wiretype_settings() {
     const QString path = lispString(args ? args->rbnext : nullptr);
 
     ZelWireTypeRec store;
-    std::unique_ptr<OvDbDatabase> side;
+    std::shared_ptr<OvDbDatabase> side;
     OvDbDatabase* database = chooseDatabase(path, side);
     if (!database)
         return 1;

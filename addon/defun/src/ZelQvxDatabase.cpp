@@ -197,6 +197,11 @@ OvDbDatabase* ZelQvxDatabase::databaseForWrite() {
     return m_database;
 }
 
+std::shared_ptr<OvDbDatabase> ZelQvxDatabase::sharedFileDrawing(const QString& path,
+                                                                QString& error) {
+    return sharedDrawing(path, error);
+}
+
 void ZelQvxDatabase::clearSharedDrawings() {
     sharedDrawings().clear();
 }

@@ -51,6 +51,10 @@ public:
     OvDbDatabase* databaseForWrite();
     // Forgets every shared side database not in use; what is in use stays with its users.
     static void clearSharedDrawings();
+    // The drawing of this file as it is on disk, never a document's live database, for
+    // reading only: shared with every other reader in the process while the file stays
+    // unchanged. Null, with `error` saying why, when the file cannot be read.
+    static std::shared_ptr<OvDbDatabase> sharedFileDrawing(const QString& path, QString& error);
     QString path() const;
     // Why the last open failed; empty after a successful one.
     QString lastError() const;
