@@ -251,6 +251,11 @@ void ZelConvWTDlg::ShowHelp() {
     ovedHelp(L"", L"change_convert_wire_type_dialog", 0);
 }
 
+ZelConvWTDlg::~ZelConvWTDlg() {
+    // The grid dies after this body: its row header must not reach a half-gone dialog.
+    m_grid.verticalHeader()->viewport()->removeEventFilter(this);
+}
+
 bool ZelConvWTDlg::eventFilter(QObject* watched, QEvent* event) {
     // The grid tells its owner of a row chosen by a cell, not by its row header: a row
     // header's click is told here, so that OK follows either way.

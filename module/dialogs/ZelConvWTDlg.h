@@ -16,6 +16,7 @@ public:
 
     // `entity` both words 0: no wire given.
     ZelConvWTDlg(const ov_name& entity, QWidget* parent, bool setOnly);
+    ~ZelConvWTDlg() override;
     ZelConvWTDlg(const ZelConvWTDlg&) = delete;
     ZelConvWTDlg& operator=(const ZelConvWTDlg&) = delete;
 

@@ -136,6 +136,11 @@ void ZelSetWTDlg::ShowHelp() {
     ovedHelp(L"", L"set_wire_type_dialog", 0);
 }
 
+ZelSetWTDlg::~ZelSetWTDlg() {
+    // The grid dies after this body: its row header must not reach a half-gone dialog.
+    m_grid.verticalHeader()->viewport()->removeEventFilter(this);
+}
+
 bool ZelSetWTDlg::eventFilter(QObject* watched, QEvent* event) {
     // The grid tells its owner of a row chosen by a cell, not by its row header: a row
     // header's click is told here, so that OK follows either way.

@@ -12,6 +12,7 @@ struct resbuf;
 class ZelSetWTDlg : public platform::TemplateDialog {
 public:
     ZelSetWTDlg(QWidget* parent, bool setOnly);
+    ~ZelSetWTDlg() override;
     ZelSetWTDlg(const ZelSetWTDlg&) = delete;
     ZelSetWTDlg& operator=(const ZelSetWTDlg&) = delete;
 

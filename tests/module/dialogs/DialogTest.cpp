@@ -3,6 +3,7 @@
 #include "dialogs/ZelEditWTDlg.h"
 #include "dialogs/ZelWireTypeSelDlg.h"
 #include "lisp/ZelLispFunctions.h"
+#include "ovdb/ovut.h"
 #include "shell/ResourceOverride.h"
 #include "store/ZelWireTypeRec.h"
 
@@ -28,7 +29,7 @@ void DialogTest::SetUp() {
 void DialogTest::TearDown() {
     m_poll.reset();
     m_dialog.reset();
-    m_selDialog.reset();
+    releaseSelDialog();
     settle();
     platform::SettingsKey::SetStoreFileName(QString());
     ZelTestHost::TearDown();
@@ -51,8 +52,16 @@ int DialogTest::runEditDialog(const std::function<void()>& script) {
     return runModal(*m_dialog, script);
 }
 
+// The answer belongs to whoever ran the dialog, as it does to a LISP caller.
+void DialogTest::releaseSelDialog() {
+    if (m_selDialog)
+        ovutRelRb(m_selDialog->GetResult());
+    m_selDialog.reset();
+}
+
 int DialogTest::runSelDialog(const std::function<void()>& script, bool setOnly) {
     const ov_name none = {0, 0};
+    releaseSelDialog();
     m_selDialog = std::make_unique<ZelWireTypeSelDlg>(none, nullptr, setOnly);
     m_grid = &m_selDialog->Grid();
     return runModal(*m_selDialog, script);

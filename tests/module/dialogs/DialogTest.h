@@ -34,6 +34,7 @@ protected:
     int runSelDialog(const std::function<void()>& script, bool setOnly = false);
     ZelEditWTDlg& dialog() { return *m_dialog; }
     ZelWireTypeSelDlg& selDialog() { return *m_selDialog; }
+    void releaseSelDialog();
     ZelWTGrid& grid() const { return *m_grid; }
 
     // Runs `action` on the next modal window other than the dialog, once it is shown and
