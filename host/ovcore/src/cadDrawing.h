@@ -64,6 +64,10 @@ private:
     T* m_object = nullptr;
 };
 
+// The subclass marker (100 . "OvDbXrecord") that entget writes before an xrecord's data,
+// and that entmake and entmod look for.
+inline constexpr char16_t kXrecordMarker[] = u"OvDbXrecord";
+
 // --- Names
 
 // The drawing the functions work on; null (with a message) when none is open.

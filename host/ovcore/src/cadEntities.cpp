@@ -83,7 +83,7 @@ void writeObject(ChainWriter& out, const ov_name name, OvDbObject* object) {
     } else if (auto* xrecord = OvDbXrecord::cast(object)) {
         writeHead(out, name, "XRECORD", object);
         // The marker sets the data apart, so that the list goes back through entmakex.
-        out.text(100, QStringLiteral("OvDbXrecord"));
+        out.text(100, QString::fromUtf16(kXrecordMarker));
         resbuf* data = nullptr;
         if (xrecord->rbChain(data) == Orvex::eOk)
             out.append(data);

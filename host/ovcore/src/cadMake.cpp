@@ -370,7 +370,7 @@ bool makeXrecord(OvDbDatabase* db, const resbuf* data, OvDbObjectId& id, QString
         if (!start && (link->restype == 0 || link->restype == RTDXF0))
             start = link->rbnext;
         else if (start && link->restype == 100 && link->resval.rstring &&
-                 QString::fromWCharArray(link->resval.rstring) == u"OvDbXrecord") {
+                 QString::fromWCharArray(link->resval.rstring) == kXrecordMarker) {
             start = link->rbnext;
             break;
         }

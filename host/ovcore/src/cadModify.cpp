@@ -269,13 +269,13 @@ bool modifyXrecord(OvDbXrecord* xrecord, const resbuf* data, QString* error) {
     const resbuf* start = nullptr;
     for (const resbuf* link = data; link; link = link->rbnext) {
         if (link->restype == 100 && link->resval.rstring &&
-            QString::fromWCharArray(link->resval.rstring) == u"AcDbXrecord") {
+            QString::fromWCharArray(link->resval.rstring) == kXrecordMarker) {
             start = link->rbnext;
             break;
         }
     }
     if (!start)
-        return fail(error, QStringLiteral("an XRECORD's data follows (100 . \"AcDbXrecord\")"));
+        return fail(error, QStringLiteral("an XRECORD's data follows (100 . \"OvDbXrecord\")"));
     if (xrecord->setFromRbChain(start) != Orvex::eOk)
         return fail(error, QStringLiteral("the data holds a group that an xrecord cannot keep"));
     return true;

@@ -158,6 +158,9 @@ TEST_F(CadDrawing, XrecordInALayersExtensionDictionary) {
     EXPECT_EQ(eval("(equal (member '(1 . \"RED\") (entget copy)) "
                    "(member '(1 . \"RED\") (entget xr)))"),
               "T");
+    // entmod takes entget's list back, with the data after its marker.
+    eval("(entmod (subst '(1 . \"BLUE\") '(1 . \"RED\") (entget copy)))");
+    EXPECT_EQ(eval("(cdr (assoc 1 (entget copy)))"), "\"BLUE\"");
 
     // dictnext walks the entries, dictremove takes one out without erasing it.
     eval("(dictadd xd \"SECOND\" copy)");
