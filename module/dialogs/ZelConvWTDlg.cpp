@@ -61,7 +61,7 @@ bool ZelConvWTDlg::OnInitDialog() {
     // The grid is placed at every opening; after a pick it keeps its rows and its cell.
     AttachGrid(&m_grid, 1002);
     m_grid.Initialize();
-    m_grid.verticalHeader()->viewport()->installEventFilter(this);
+    m_rowHeaderWatch.Watch();
     if (m_picked) {
         int row = 0;
         int col = 0;
@@ -249,23 +249,4 @@ bool ZelConvWTDlg::PreTranslateKey(QKeyEvent* event) {
 
 void ZelConvWTDlg::ShowHelp() {
     ovedHelp(L"", L"change_convert_wire_type_dialog", 0);
-}
-
-ZelConvWTDlg::~ZelConvWTDlg() {
-    // The grid dies after this body: its row header must not reach a half-gone dialog.
-    m_grid.verticalHeader()->viewport()->removeEventFilter(this);
-}
-
-bool ZelConvWTDlg::eventFilter(QObject* watched, QEvent* event) {
-    // The grid tells its owner of a row chosen by a cell, not by its row header: a row
-    // header's click is told here, so that OK follows either way.
-    QHeaderView* header = m_grid.verticalHeader();
-    if (watched == header->viewport() && event->type() == QEvent::MouseButtonRelease &&
-        static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
-        const int row =
-            header->logicalIndexAt(static_cast<QMouseEvent*>(event)->position().toPoint()) + 1;
-        if (row >= 1)
-            m_grid.UpdateButtons(row);
-    }
-    return platform::TemplateDialog::eventFilter(watched, event);
 }

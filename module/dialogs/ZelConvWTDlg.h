@@ -1,5 +1,6 @@
 #pragma once
 
+#include "dialogs/ZelRowHeaderWatch.h"
 #include "grid/ZelWTGrid.h"
 
 #include "ovdb/resbuf.h"
@@ -16,7 +17,6 @@ public:
 
     // `entity` both words 0: no wire given.
     ZelConvWTDlg(const ov_name& entity, QWidget* parent, bool setOnly);
-    ~ZelConvWTDlg() override;
     ZelConvWTDlg(const ZelConvWTDlg&) = delete;
     ZelConvWTDlg& operator=(const ZelConvWTDlg&) = delete;
 
@@ -32,8 +32,6 @@ public:
     virtual resbuf* GetResult() const { return m_result; }
 
 protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
-
 private:
     void OnPick();
     void SelectEntityRow();
@@ -46,6 +44,7 @@ private:
     [[maybe_unused]] QWidget* m_parent;
     resbuf* m_result = nullptr;
     ZelWTGrid m_grid;
+    ZelRowHeaderWatch m_rowHeaderWatch{m_grid};
     ov_name m_entity = {0, 0};
     // The template's height, taken at the first opening: the dialog object and its window
     // outlive a pick, and each opening sizes from the template, not from the last size.

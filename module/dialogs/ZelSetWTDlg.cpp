@@ -63,7 +63,7 @@ bool ZelSetWTDlg::OnInitDialog() {
     const bool makeAllValidWire = ZelWireTypeRec().IsMakeAllValidWire();
     AttachGrid(&m_grid, 1002);
     m_grid.Initialize();
-    m_grid.verticalHeader()->viewport()->installEventFilter(this);
+    m_rowHeaderWatch.Watch();
     m_grid.InitGrid(this, m_setOnly, false);
     m_grid.SetMakeAllValidWire(makeAllValidWire);
     m_grid.SetReadOnly(true);
@@ -134,23 +134,4 @@ bool ZelSetWTDlg::OnHelpHook() {
 
 void ZelSetWTDlg::ShowHelp() {
     ovedHelp(L"", L"set_wire_type_dialog", 0);
-}
-
-ZelSetWTDlg::~ZelSetWTDlg() {
-    // The grid dies after this body: its row header must not reach a half-gone dialog.
-    m_grid.verticalHeader()->viewport()->removeEventFilter(this);
-}
-
-bool ZelSetWTDlg::eventFilter(QObject* watched, QEvent* event) {
-    // The grid tells its owner of a row chosen by a cell, not by its row header: a row
-    // header's click is told here, so that OK follows either way.
-    QHeaderView* header = m_grid.verticalHeader();
-    if (watched == header->viewport() && event->type() == QEvent::MouseButtonRelease &&
-        static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
-        const int row =
-            header->logicalIndexAt(static_cast<QMouseEvent*>(event)->position().toPoint()) + 1;
-        if (row >= 1)
-            m_grid.UpdateButtons(row);
-    }
-    return platform::TemplateDialog::eventFilter(watched, event);
 }

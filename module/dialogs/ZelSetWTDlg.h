@@ -1,5 +1,6 @@
 #pragma once
 
+#include "dialogs/ZelRowHeaderWatch.h"
 #include "grid/ZelWTGrid.h"
 
 #include "platform/TemplateDialog.h"
@@ -12,7 +13,6 @@ struct resbuf;
 class ZelSetWTDlg : public platform::TemplateDialog {
 public:
     ZelSetWTDlg(QWidget* parent, bool setOnly);
-    ~ZelSetWTDlg() override;
     ZelSetWTDlg(const ZelSetWTDlg&) = delete;
     ZelSetWTDlg& operator=(const ZelSetWTDlg&) = delete;
 
@@ -28,8 +28,6 @@ public:
     virtual resbuf* GetResult() const { return m_result; }
 
 protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
-
 private:
     // The base dialog's help hook, which F1 reaches.
     bool OnHelpHook();
@@ -39,4 +37,5 @@ private:
     [[maybe_unused]] QWidget* m_parent;
     resbuf* m_result = nullptr;
     ZelWTGrid m_grid;
+    ZelRowHeaderWatch m_rowHeaderWatch{m_grid};
 };
