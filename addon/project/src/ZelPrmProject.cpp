@@ -66,8 +66,16 @@ std::unique_ptr<ZelPrmProject> ZelPrmProject::fromFile(const QString& path, ZelP
     QFile input(file);
     if (!input.open(QIODevice::ReadOnly))
         return failWith(QStringLiteral("the file cannot be read (%1)").arg(input.errorString()));
-    // The file may have grown since it was looked at; no more than the bound is read.
-    const QByteArray data = input.read(kMaxFileSize + 1);
+    // Read by the size seen, not by the bound: asking for the bound at once would allocate
+    // 16 MB for every project opened. The file may have grown since it was looked at, so
+    // the read goes on to its end, but never past the bound.
+    QByteArray data = input.read(info.size() + 1);
+    while (!input.atEnd() && data.size() <= kMaxFileSize) {
+        const QByteArray more = input.read(qMin<qint64>(64 * 1024, kMaxFileSize + 1 - data.size()));
+        if (more.isEmpty())
+            break;
+        data += more;
+    }
     if (data.size() > kMaxFileSize)
         return failWith(QStringLiteral("the file is too large to be a project file"));
 
@@ -92,7 +100,7 @@ std::unique_ptr<ZelPrmProject> ZelPrmProject::fromFile(const QString& path, ZelP
         return failWith(QStringLiteral("\"version\" must be a whole number from 1 on"));
     if (number > kVersion)
         return failWith(QStringLiteral("it is of version %1, newer than this program reads (%2)")
-                            .arg(static_cast<qint64>(number))
+                            .arg(QString::number(number, 'g', 16))
                             .arg(kVersion));
 
     std::unique_ptr<ZelPrmProject> project(new ZelPrmProject);
