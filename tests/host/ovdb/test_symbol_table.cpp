@@ -284,20 +284,10 @@ TEST_F(SymbolTables, UsageDataMarksLayersThatLiveEntitiesUse) {
         ASSERT_EQ(table->generateUsageData(), eOk);
         table->close();
     };
-    auto append = [](OvDbBlockTableRecord* owner, OvDbEntity* entity, OvDbObjectId layer) {
-        OvDbObjectId id;
-        entity->setLayer(layer);
-        EXPECT_EQ(owner->appendOvDbEntity(id, entity), eOk);
-        entity->close();
-        return id;
-    };
 
-    OvDbBlockTableRecord* model = nullptr;
-    ASSERT_EQ(ovdbOpenObject(model, db.modelSpaceId(), OvDb::kForWrite), eOk);
-    append(model, new OvDbLine(), lines);
-    setErased(append(model, new OvDbLine(), erased));
-    const OvDbObjectId referenceId = append(model, new OvDbBlockReference(), db.clayer());
-    model->close();
+    const OvDbObjectId line = ovdbtest::append(db, new OvDbLine(), lines);
+    setErased(ovdbtest::append(db, new OvDbLine(), erased));
+    const OvDbObjectId referenceId = ovdbtest::append(db, new OvDbBlockReference(), db.clayer());
     OvDbBlockReference* reference = nullptr;
     ASSERT_EQ(ovdbOpenObject(reference, referenceId, OvDb::kForWrite), eOk);
     auto* attribute = new OvDbAttribute(OvGePoint3d(), QStringLiteral("v"), QStringLiteral("TAG"));
@@ -306,14 +296,8 @@ TEST_F(SymbolTables, UsageDataMarksLayersThatLiveEntitiesUse) {
     attribute->close();
     reference->close();
 
-    OvDbBlockTable* blocks = nullptr;
-    ASSERT_EQ(db.getSymbolTable(blocks, OvDb::kForWrite), eOk);
-    auto* definition = new OvDbBlockTableRecord();
-    definition->setName(L"SYMBOL");
-    blocks->add(definition);
-    blocks->close();
-    append(definition, new OvDbLine(), inBlock);
-    definition->close();
+    const OvDbObjectId symbol = ovdbtest::addBlock(db, "SYMBOL");
+    ovdbtest::addLine(db, OvGePoint3d(), OvGePoint3d(), inBlock, symbol);
 
     EXPECT_FALSE(isInUse(lines)) << "nothing is in use before usage data are made";
     ASSERT_EQ(db.setClayer(current), eOk);
@@ -334,24 +318,10 @@ TEST_F(SymbolTables, UsageDataMarksLayersThatLiveEntitiesUse) {
     // Revived, moved to another layer, erased with its block: what the marks follow is
     // kept as it changes, not walked again.
     setErased(referenceId, false);
-    OvDbObjectId line;
-    {
-        OvDbBlockTableRecord* space = nullptr;
-        ASSERT_EQ(ovdbOpenObject(space, db.modelSpaceId(), OvDb::kForRead), eOk);
-        OvDbBlockTableRecordIterator* it = nullptr;
-        space->newIterator(it);
-        space->close();
-        line = it->entityId();
-        delete it;
-    }
     OvDbEntity* moved = nullptr;
     ASSERT_EQ(ovdbOpenObject(moved, line, OvDb::kForWrite), eOk);
     ASSERT_EQ(moved->setLayer(empty), eOk);
     moved->close();
-    OvDbObjectId symbol;
-    ASSERT_EQ(db.getSymbolTable(blocks, OvDb::kForRead), eOk);
-    blocks->getIdAt(L"SYMBOL", symbol);
-    blocks->close();
     setErased(symbol);
     generate();
     EXPECT_TRUE(isInUse(attrs));
