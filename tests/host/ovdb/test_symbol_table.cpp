@@ -11,20 +11,27 @@ using namespace Orvex;
 
 class SymbolTables : public OvdbTest {
 protected:
-    QStringList layerNames(bool skipErased = true) {
+    // The layers in table order, as an iterator walks them.
+    std::vector<std::pair<QString, OvDbObjectId>> walkLayers(bool skipErased = true) {
         OvDbLayerTable* table = nullptr;
         EXPECT_EQ(db.getSymbolTable(table, OvDb::kForRead), eOk);
         OvDbLayerTableIterator* it = nullptr;
         table->newIterator(it, true, skipErased);
         table->close();
-        QStringList names;
+        std::vector<std::pair<QString, OvDbObjectId>> layers;
         for (; !it->done(); it->step(true, skipErased)) {
             OvDbLayerTableRecord* layer = nullptr;
             EXPECT_EQ(it->getRecord(layer, OvDb::kForRead, true), eOk);
-            names << layer->name();
+            layers.emplace_back(layer->name(), layer->objectId());
             layer->close();
         }
         delete it;
+        return layers;
+    }
+    QStringList layerNames(bool skipErased = true) {
+        QStringList names;
+        for (const auto& [name, id] : walkLayers(skipErased))
+            names << name;
         return names;
     }
     OvDbObjectId layerAt(const wchar_t* name, bool erased = false) {
@@ -130,21 +137,11 @@ TEST_F(SymbolTables, LookUpGivesTheRecordAWalkInTableOrderFinds) {
     EXPECT_NE(again, OvDbObjectId());
 
     auto walk = [&](const QString& name) {
-        OvDbLayerTable* table = nullptr;
-        EXPECT_EQ(db.getSymbolTable(table, OvDb::kForRead), eOk);
-        OvDbLayerTableIterator* it = nullptr;
-        table->newIterator(it, true, true);
-        table->close();
-        OvDbObjectId found;
-        for (; !it->done() && found.isNull(); it->step()) {
-            OvDbLayerTableRecord* layer = nullptr;
-            EXPECT_EQ(it->getRecord(layer, OvDb::kForRead), eOk);
-            if (layer->name().compare(name, Qt::CaseInsensitive) == 0)
-                found = layer->objectId();
-            layer->close();
+        for (const auto& [layerName, id] : walkLayers()) {
+            if (layerName.compare(name, Qt::CaseInsensitive) == 0)
+                return id;
         }
-        delete it;
-        return found;
+        return OvDbObjectId();
     };
     for (const QString& name :
          {QStringLiteral("wire_red"), QStringLiteral("WIRE_RED"), QStringLiteral("ärger_1"),
