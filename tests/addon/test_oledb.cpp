@@ -185,10 +185,7 @@ TEST_F(OleDb, AStatementThatRunsTooLongIsStoppedWithAnError) {
 
 TEST_F(OleDb, DatabasesThatCannotBeOpenedAreSaidSo) {
     ASSERT_EQ(mkfifo(path("pipe.db").toLocal8Bit().constData(), 0600), 0);
-    QFile notes(path("notes.db"));
-    ASSERT_TRUE(notes.open(QIODevice::WriteOnly));
-    notes.write(QByteArray(4096, 'z'));
-    notes.close();
+    const QString notes = writeFile("notes.db", QByteArray(4096, 'z'));
     QString other;
     ZelOleDbHelper::FormatConnectString(other, demo("demo.db"), nullptr, nullptr, L"SQLOLEDB",
                                         nullptr, nullptr);
@@ -197,7 +194,7 @@ TEST_F(OleDb, DatabasesThatCannotBeOpenedAreSaidSo) {
         {connectString(path("missing.db")), 0, "does not exist"},
         {connectString(m_temp.path()), 0, "folder"},
         {connectString(path("pipe.db")), 0, "not a regular file"},
-        {connectString(notes.fileName()), 0, "not a database"},
+        {connectString(notes), 0, "not a database"},
         {other, ZelOleDbErrorInfo::ProviderRefused, "SQLOLEDB"},
         {"Provider=x;Data Source=\"/open.db", bad, ""},
         {"Provider=x;junk;", bad, ""},

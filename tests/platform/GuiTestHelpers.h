@@ -7,6 +7,9 @@
 #include <QHeaderView>
 #include <QTableView>
 #include <QTest>
+#include <QTimer>
+
+#include <functional>
 
 #include <ostream>
 
@@ -68,6 +71,22 @@ inline void clickHeader(QHeaderView* header, int number,
 inline void doubleClickHeader(QHeaderView* header, int number) {
     QTest::mouseDClick(header->viewport(), Qt::LeftButton, Qt::NoModifier,
                        sectionCentre(header, number - 1));
+}
+
+// Runs `act` from inside the modal loop once a modal dialog or message box is up.
+inline void whenShown(const std::function<void(QWidget*)>& act) {
+    auto* timer = new QTimer;
+    timer->setInterval(5);
+    QObject::connect(timer, &QTimer::timeout, [timer, act] {
+        QWidget* modal = QApplication::activeModalWidget();
+        if (modal != nullptr && modal->isVisible()) {
+            timer->stop();
+            timer->deleteLater();
+            QApplication::setActiveWindow(modal);
+            act(modal);
+        }
+    });
+    timer->start();
 }
 
 inline void showActive(QWidget* window) {

@@ -1,5 +1,6 @@
 // The one message box in its three modes: scripted for tests, batch, desktop.
 
+#include "GuiTestHelpers.h"
 #include "platform/MessageBox.h"
 #include "platform/MessageBoxScript.h"
 #include "platform/Resources.h"
@@ -9,15 +10,13 @@
 #include <QApplication>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QTimer>
 
 #include <gtest/gtest.h>
-
-#include <functional>
 
 namespace {
 
 using namespace platform;
+using guitest::whenShown;
 
 const QString kCaption = QStringLiteral("Wire Types");
 
@@ -83,21 +82,6 @@ TEST(BatchMessageBox, PrintsCaptionAndTextAndTakesTheDefault) {
     setMessageBoxMode(before);
 }
 
-// Runs `act` on the message box once it is up, from inside its modal loop.
-void whenTheBoxIsShown(QObject* context, const std::function<void(QMessageBox*)>& act) {
-    auto* timer = new QTimer(context);
-    timer->setInterval(10);
-    QObject::connect(timer, &QTimer::timeout, [timer, act] {
-        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-        if (box != nullptr && box->isVisible()) {
-            timer->stop();
-            timer->deleteLater();
-            act(box);
-        }
-    });
-    timer->start();
-}
-
 TEST(DesktopMessageBox, ShowsAWindowAndAnswersWithTheButtonClicked) {
     int argc = 1;
     char name[] = "platform_test_message_box";
@@ -108,7 +92,9 @@ TEST(DesktopMessageBox, ShowsAWindowAndAnswersWithTheButtonClicked) {
     QMessageBox::Icon icon = QMessageBox::NoIcon;
     QString text;
     bool noIsDefault = false;
-    whenTheBoxIsShown(&application, [&](QMessageBox* box) {
+    whenShown([&](QWidget* shown) {
+        auto* box = qobject_cast<QMessageBox*>(shown);
+        ASSERT_NE(box, nullptr);
         icon = box->icon();
         text = box->text();
         noIsDefault = box->defaultButton() == box->button(QMessageBox::No);
@@ -120,7 +106,7 @@ TEST(DesktopMessageBox, ShowsAWindowAndAnswersWithTheButtonClicked) {
     EXPECT_TRUE(noIsDefault);
 
     // Closing the window of a box with Cancel is Cancel.
-    whenTheBoxIsShown(&application, [](QMessageBox* box) { box->close(); });
+    whenShown([](QWidget* box) { box->close(); });
     EXPECT_EQ(messageBox("Save?", kCaption, MB_YESNOCANCEL | MB_ICONWARNING), IDCANCEL);
 }
 

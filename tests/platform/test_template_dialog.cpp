@@ -21,7 +21,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
 
 namespace {
 
@@ -31,22 +30,6 @@ using namespace guitest;
 ResourceHandle* library() {
     static ResourceHandle* handle = loadResourceLibrary(ZEL_RESOURCE_LIBRARY);
     return handle;
-}
-
-// Runs `act` from inside the modal loop once a modal dialog is up.
-void whenShown(const std::function<void(QWidget*)>& act) {
-    auto* timer = new QTimer;
-    timer->setInterval(5);
-    QObject::connect(timer, &QTimer::timeout, [timer, act] {
-        QWidget* modal = QApplication::activeModalWidget();
-        if (modal != nullptr && modal->isVisible()) {
-            timer->stop();
-            timer->deleteLater();
-            QApplication::setActiveWindow(modal);
-            act(modal);
-        }
-    });
-    timer->start();
 }
 
 void click(TemplateDialog* dialog, int id) {

@@ -4,13 +4,14 @@
 
 #include "zeldefun/ZelQvxBlockRef.h"
 
+#include "../../host/ovdb/OvdbBuild.h"
+
 #include <memory>
 
 namespace {
 
 const QString kWdm = QStringLiteral("WD_M");
 const QString kWireLays = QStringLiteral("WIRELAYS");
-using Attributes = QList<QPair<QString, QString>>;
 
 class QvxBlockRef : public AddonTest {
 protected:
@@ -20,33 +21,10 @@ protected:
     }
 
     static OvDbObjectId addReference(OvDbDatabase* database, const QString& blockName,
-                                     const Attributes& attributes,
+                                     const ovdbtest::Attributes& attributes,
                                      OvDbObjectId space = OvDbObjectId()) {
-        OvDbBlockTable* table = nullptr;
-        EXPECT_EQ(database->getBlockTable(table, OvDb::kForWrite), Orvex::eOk);
-        OvDbObjectId block;
-        if (table->getIdAt(blockName, block) != Orvex::eOk) {
-            auto* record = new OvDbBlockTableRecord;
-            record->setName(blockName);
-            EXPECT_EQ(table->add(block, record), Orvex::eOk);
-            record->close();
-        }
-        table->close();
-        OvDbBlockTableRecord* owner = nullptr;
-        EXPECT_EQ(ovdbOpenObject(owner, space.isNull() ? database->modelSpaceId() : space,
-                                 OvDb::kForWrite),
-                  Orvex::eOk);
-        auto* reference = new OvDbBlockReference(OvGePoint3d(0, 0, 0), block);
-        OvDbObjectId id;
-        EXPECT_EQ(owner->appendOvDbEntity(id, reference), Orvex::eOk);
-        for (const auto& [tag, text] : attributes) {
-            auto* attribute = new OvDbAttribute(OvGePoint3d(0, 0, 0), text, tag);
-            EXPECT_EQ(reference->appendAttribute(attribute), Orvex::eOk);
-            attribute->close();
-        }
-        reference->close();
-        owner->close();
-        return id;
+        return ovdbtest::addReference(*database, ovdbtest::addBlock(*database, blockName),
+                                      OvGePoint3d(0, 0, 0), attributes, {}, space);
     }
 
     // A new active document saved as `name`, holding a TITLE reference and a WD_M

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "../ovdb/OvdbBuild.h"
+
 #include "ovdb/ovdb.h"
 
 #include <QDir>
@@ -29,21 +31,30 @@ public:
         m_environment.insert(QStringLiteral("ORVEX_ADDON_DIR"), folder);
     }
 
-    Result run(const QStringList& arguments) const {
-        QProcess process;
+    // Starts orvex without waiting, for a test that runs several at once or stops one.
+    void start(QProcess& process, const QStringList& arguments) const {
         process.setProcessEnvironment(m_environment);
         process.start(m_program, arguments);
-        Result result;
+    }
+    // Waits for a started orvex; its exit status, or -1 when it crashed or hung.
+    static int finish(QProcess& process) {
         if (!process.waitForFinished(180000)) { // a sanitizer build starts slowly
             process.kill();
             process.waitForFinished();
-            ADD_FAILURE() << "orvex did not finish: " << arguments.join(u' ').toStdString();
-            return result;
+            ADD_FAILURE() << "orvex did not finish: "
+                          << process.arguments().join(u' ').toStdString();
+            return -1;
         }
+        return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    }
+
+    Result run(const QStringList& arguments) const {
+        QProcess process;
+        start(process, arguments);
+        Result result;
+        result.exitCode = finish(process);
         result.out = QString::fromUtf8(process.readAllStandardOutput());
         result.err = QString::fromUtf8(process.readAllStandardError());
-        if (process.exitStatus() == QProcess::NormalExit)
-            result.exitCode = process.exitCode();
         return result;
     }
 
@@ -81,13 +92,7 @@ public:
     // A new drawing with one more layer, saved by the host's own database.
     static QString writeDrawing(const QString& path, const QString& layerName) {
         OvDbDatabase db;
-        OvDbLayerTable* table = nullptr;
-        EXPECT_EQ(db.getSymbolTable(table, OvDb::kForWrite), Orvex::eOk);
-        auto* layer = new OvDbLayerTableRecord();
-        layer->setName(layerName);
-        EXPECT_EQ(table->add(layer), Orvex::eOk);
-        layer->close();
-        table->close();
+        EXPECT_FALSE(ovdbtest::addLayer(db, layerName).isNull());
         EXPECT_EQ(db.saveAs(path.toStdWString().c_str()), Orvex::eOk);
         return path;
     }

@@ -22,30 +22,8 @@ protected:
 
     // orvex --batch --no-module DRAWING, adding layer `layer` and saving back.
     static QStringList addLayerAndSave(const QString& drawing, const QString& layer) {
-        return {"--batch",
-                "--no-module",
-                drawing,
-                "--eval",
-                QStringLiteral("(entmake (list (cons 0 \"LAYER\") (cons 2 \"%1\")))").arg(layer),
-                "--save"};
-    }
-    static void start(QProcess& process, const QStringList& arguments) {
-        process.setProcessEnvironment(m_environment());
-        process.start(QStringLiteral(ORVEX_PROGRAM), arguments);
-    }
-    static int finish(QProcess& process) {
-        if (!process.waitForFinished(180000)) {
-            process.kill();
-            process.waitForFinished();
-            ADD_FAILURE() << "orvex did not finish";
-            return -1;
-        }
-        return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    }
-    static QProcessEnvironment m_environment() {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("ORVEX_ADDON_DIR"), QStringLiteral("/nonexistent"));
-        return environment;
+        const QString make = QStringLiteral("(entmake (list (cons 0 \"LAYER\") (cons 2 \"%1\")))");
+        return {"--batch", "--no-module", drawing, "--eval", make.arg(layer), "--save"};
     }
     // The files of the folder other than those named: stray temporary files of a save.
     QStringList strays(const QStringList& expected) const {
@@ -66,6 +44,7 @@ protected:
     }
 
     QTemporaryDir m_folder;
+    OrvexProcess m_orvex;
 };
 
 TEST_F(DrawingLocks, TwoWritersStartedTogetherNeverBothSaveNorLoseAChange) {
@@ -77,10 +56,10 @@ TEST_F(DrawingLocks, TwoWritersStartedTogetherNeverBothSaveNorLoseAChange) {
         ASSERT_TRUE(QFile::copy(base, drawing));
         QProcess first;
         QProcess second;
-        start(first, addLayerAndSave(drawing, "FIRST"));
-        start(second, addLayerAndSave(drawing, "SECOND"));
-        const int firstCode = finish(first);
-        const int secondCode = finish(second);
+        m_orvex.start(first, addLayerAndSave(drawing, "FIRST"));
+        m_orvex.start(second, addLayerAndSave(drawing, "SECOND"));
+        const int firstCode = OrvexProcess::finish(first);
+        const int secondCode = OrvexProcess::finish(second);
         const QString out =
             QString::fromUtf8(first.readAllStandardOutput() + second.readAllStandardOutput());
         // A run that reports success saved its change; one that lost the lock says so and
@@ -126,8 +105,8 @@ TEST_F(DrawingLocks, ALockWhoseProcessNumberWasReusedIsStale) {
     EXPECT_TRUE(ovIsDrawingLockStale(*ovReadDrawingLock(drawing)));
 
     QProcess run;
-    start(run, addLayerAndSave(drawing, "MINE"));
-    EXPECT_EQ(finish(run), 0);
+    m_orvex.start(run, addLayerAndSave(drawing, "MINE"));
+    EXPECT_EQ(OrvexProcess::finish(run), 0);
     const QString out = QString::fromUtf8(run.readAllStandardOutput());
     EXPECT_TRUE(out.contains(QLatin1String("which has ended: lock removed"))) << out.toStdString();
     EXPECT_TRUE(OrvexProcess::hasLayer(drawing, "MINE"));
@@ -137,8 +116,8 @@ TEST_F(DrawingLocks, ALockWhoseProcessNumberWasReusedIsStale) {
     QJsonObject live = lock;
     live.insert("start", static_cast<double>(began));
     OrvexProcess::writeFile(ovDrawingLockPath(drawing), QJsonDocument(live).toJson());
-    start(run, addLayerAndSave(drawing, "NOT_MINE"));
-    EXPECT_EQ(finish(run), 1);
+    m_orvex.start(run, addLayerAndSave(drawing, "NOT_MINE"));
+    EXPECT_EQ(OrvexProcess::finish(run), 1);
     EXPECT_TRUE(QString::fromUtf8(run.readAllStandardOutput()).contains("opened read-only"));
     EXPECT_FALSE(OrvexProcess::hasLayer(drawing, "NOT_MINE"));
     other.kill();
@@ -148,15 +127,8 @@ TEST_F(DrawingLocks, ALockWhoseProcessNumberWasReusedIsStale) {
 TEST_F(DrawingLocks, ARunKilledWhileSavingLeavesTheOldOrTheNewDrawing) {
     // Large enough that a save takes a while, so that kills land inside it.
     OvDbDatabase db;
-    OvDbLayerTable* table = nullptr;
-    ASSERT_EQ(db.getSymbolTable(table, OvDb::kForWrite), Orvex::eOk);
-    for (int i = 0; i < 20000; ++i) {
-        auto* layer = new OvDbLayerTableRecord();
-        layer->setName(QStringLiteral("L%1").arg(i));
-        ASSERT_EQ(table->add(layer), Orvex::eOk);
-        layer->close();
-    }
-    table->close();
+    for (int i = 0; i < 20000; ++i)
+        ASSERT_FALSE(ovdbtest::addLayer(db, QStringLiteral("L%1").arg(i)).isNull());
     const QString drawing = path("big.dwg");
     ASSERT_EQ(db.saveAs(drawing.toStdWString().c_str()), Orvex::eOk);
 
@@ -164,15 +136,15 @@ TEST_F(DrawingLocks, ARunKilledWhileSavingLeavesTheOldOrTheNewDrawing) {
     QElapsedTimer timer;
     timer.start();
     QProcess run;
-    start(run, addLayerAndSave(drawing, "ROUND0"));
-    ASSERT_EQ(finish(run), 0) << run.readAllStandardOutput().toStdString();
+    m_orvex.start(run, addLayerAndSave(drawing, "ROUND0"));
+    ASSERT_EQ(OrvexProcess::finish(run), 0) << run.readAllStandardOutput().toStdString();
     const int whole = std::max<int>(50, static_cast<int>(timer.elapsed()));
 
     QByteArray current = OrvexProcess::readFile(drawing);
     int killed = 0;
     for (int round = 1; round <= 24; ++round) {
         const QString layer = QStringLiteral("ROUND%1").arg(round);
-        start(run, addLayerAndSave(drawing, layer));
+        m_orvex.start(run, addLayerAndSave(drawing, layer));
         ASSERT_TRUE(run.waitForStarted());
         QThread::msleep(QRandomGenerator::global()->bounded(whole));
         if (run.state() == QProcess::Running) {
@@ -191,8 +163,8 @@ TEST_F(DrawingLocks, ARunKilledWhileSavingLeavesTheOldOrTheNewDrawing) {
 
         // The next run is not kept from the drawing by the lock the killed one left.
         QProcess next;
-        start(next, {"--batch", "--no-module", drawing, "--eval", "(+ 1 2)", "--save"});
-        ASSERT_EQ(finish(next), 0) << next.readAllStandardOutput().toStdString();
+        m_orvex.start(next, {"--batch", "--no-module", drawing, "--eval", "(+ 1 2)", "--save"});
+        ASSERT_EQ(OrvexProcess::finish(next), 0) << next.readAllStandardOutput().toStdString();
         ASSERT_FALSE(QFile::exists(ovDrawingLockPath(drawing)));
         current = OrvexProcess::readFile(drawing);
     }

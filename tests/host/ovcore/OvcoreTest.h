@@ -8,6 +8,7 @@
 #include "ovcore/oved.h"
 #include "ovdb/ovdb.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -16,9 +17,11 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <initializer_list>
 #include <map>
 #include <ostream>
 #include <string>
+#include <utility>
 
 #if defined(__SANITIZE_ADDRESS__)
 // Guile's collector keeps pointers where LeakSanitizer does not look. Each test program has
@@ -65,6 +68,15 @@ protected:
     static QString modulePath(const QString& fileName) {
         const QString exe = QFile::symLinkTarget(QStringLiteral("/proc/self/exe"));
         return QFileInfo(exe).absolutePath() + u'/' + fileName;
+    }
+
+    // A file holding `bytes`, made with its folder; gives its path.
+    static QString writeFile(const QString& path, const QByteArray& bytes) {
+        QDir().mkpath(QFileInfo(path).absolutePath());
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
+        file.write(bytes);
+        return path;
     }
 
     // A new drawing, made current.
@@ -124,6 +136,28 @@ protected:
         EXPECT_TRUE(out.contains(message))
             << expression.toStdString() << " printed: " << out.toStdString()
             << " (expected: " << message.toStdString() << ")";
+    }
+    // Rows of expression and what it says; each is refused in turn, in order.
+    void expectRefused(std::initializer_list<std::pair<const char*, const char*>> rows) {
+        for (const auto& [expression, message] : rows)
+            expectRefused(QString::fromUtf8(expression), QString::fromUtf8(message));
+    }
+    // Rows of expression and value in LISP notation, evaluated in order.
+    void expectValues(std::initializer_list<std::pair<const char*, const char*>> rows) {
+        for (const auto& [expression, value] : rows) {
+            const ovcore::lisp::EvalResult result =
+                ovcore::lisp::evalString(QString::fromUtf8(expression));
+            EXPECT_TRUE(result.ok) << expression << ": " << result.error.toStdString();
+            EXPECT_EQ(result.value.toStdString(), value) << expression;
+        }
+    }
+    // Rows of expression and a part of its error message, which names the function.
+    void expectErrors(std::initializer_list<std::pair<const char*, const char*>> rows) {
+        for (const auto& [expression, who] : rows) {
+            const ovcore::lisp::EvalResult result = evalFailing(QString::fromUtf8(expression));
+            EXPECT_TRUE(result.error.contains(QString::fromUtf8(who)))
+                << expression << " failed with: " << result.error.toStdString();
+        }
     }
 
     OvHost m_host;

@@ -166,10 +166,7 @@ TEST_F(HostDocuments, SaveOpenAndTemplates) {
 TEST_F(HostDocuments, AFileThatCannotBeReadGivesNoDocument) {
     Recorder recorder;
     docs->addReactor(&recorder);
-    QFile junk(path("junk.dwg"));
-    ASSERT_TRUE(junk.open(QIODevice::WriteOnly));
-    junk.write("this is not a drawing");
-    junk.close();
+    writeFile(path("junk.dwg"), "this is not a drawing");
 
     EXPECT_NE(docs->openDocument(path("junk.dwg")), Orvex::eOk);
     EXPECT_TRUE(docs->lastErrorMessage().contains(QStringLiteral("junk.dwg")));
@@ -255,9 +252,7 @@ protected:
                          {"machine", machine},
                          {"pid", static_cast<double>(pid)},
                          {"time", "2024-05-01T08:00:00.000Z"}};
-        QFile file(ovDrawingLockPath(drawing));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(QJsonDocument(lock).toJson());
+        writeFile(ovDrawingLockPath(drawing), QJsonDocument(lock).toJson());
     }
     static qint64 deadPid() {
         const pid_t child = fork();
@@ -325,13 +320,10 @@ TEST_F(HostDrawingLock, StalenessIsJudgedOnlyOnThisMachineAndABadLockFileIsNone)
     lock.machine = QSysInfo::machineHostName();
     EXPECT_TRUE(ovIsDrawingLockStale(lock));
 
-    QFile bad(ovDrawingLockPath(path("x.dwg")));
-    ASSERT_TRUE(bad.open(QIODevice::WriteOnly));
-    bad.write("{ not json");
-    bad.close();
+    const QString bad = writeFile(ovDrawingLockPath(path("x.dwg")), "{ not json");
     EXPECT_FALSE(ovReadDrawingLock(path("x.dwg")).has_value());
     EXPECT_TRUE(ovRemoveDrawingLock(path("x.dwg")));
-    EXPECT_FALSE(bad.exists());
+    EXPECT_FALSE(QFile::exists(bad));
 }
 
 TEST_F(HostDrawingLock, OneTakerAtATimeAndTheRecordTellsTheHolderApart) {

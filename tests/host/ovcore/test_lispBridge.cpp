@@ -299,12 +299,9 @@ TEST_F(LispBridge, InvokeFailsForWhatWasNotExportedAndForALispErrorInside) {
 
 TEST_F(LispBridge, LoadFileEvaluatesUtf8InTheCurrentDocument) {
     QTemporaryDir dir;
-    QFile file(dir.filePath("setup.lsp"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("; comment\n(setq greeting \"Grüße\")\n(defun greet () (strcat greeting \"!\"))\n"
-               "(greet)\n");
-    file.close();
-    const lisp::EvalResult loaded = lisp::loadFile(file.fileName());
+    const lisp::EvalResult loaded = lisp::loadFile(
+        writeFile(dir.filePath("setup.lsp"), "; comment\n(setq greeting \"Grüße\")\n(defun greet "
+                                             "() (strcat greeting \"!\"))\n(greet)\n"));
     ASSERT_TRUE(loaded.ok) << loaded.error.toStdString();
     EXPECT_EQ(loaded.value, "\"Grüße!\"");
     EXPECT_EQ(eval("(strlen (greet))"), "6");
@@ -315,11 +312,8 @@ TEST_F(LispBridge, LoadFileEvaluatesUtf8InTheCurrentDocument) {
     EXPECT_TRUE(missing.error.contains("none.lsp"));
     EXPECT_TRUE(output().contains("; error: "));
 
-    QFile broken(dir.filePath("broken.lsp"));
-    ASSERT_TRUE(broken.open(QIODevice::WriteOnly));
-    broken.write("(setq a 1)\n(setq b (list 1 2)\n");
-    broken.close();
-    const lisp::EvalResult cut = lisp::loadFile(broken.fileName());
+    const lisp::EvalResult cut =
+        lisp::loadFile(writeFile(dir.filePath("broken.lsp"), "(setq a 1)\n(setq b (list 1 2)\n"));
     EXPECT_FALSE(cut.ok);
     EXPECT_TRUE(cut.error.contains("broken.lsp")) << cut.error.toStdString();
     EXPECT_EQ(eval("a"), "1") << "forms before the error stand";

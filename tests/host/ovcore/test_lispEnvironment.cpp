@@ -13,17 +13,6 @@ protected:
         newDocument();
         clearOutput();
     }
-    struct Case {
-        const char* expression;
-        const char* value;
-    };
-    void expectValues(std::initializer_list<Case> cases) {
-        for (const Case& c : cases) {
-            const lisp::EvalResult result = lisp::evalString(QString::fromUtf8(c.expression));
-            EXPECT_TRUE(result.ok) << c.expression << ": " << result.error.toStdString();
-            EXPECT_EQ(result.value.toStdString(), c.value) << c.expression;
-        }
-    }
     // The message of the LISP error that the expression ends in, which is also printed.
     QString errorOf(const char* expression) {
         const lisp::EvalResult result = evalFailing(expression);

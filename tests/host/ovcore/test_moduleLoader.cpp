@@ -102,12 +102,9 @@ TEST_F(HostModuleLoader, ModulesThatCannotServeAreRefusedWithAReason) {
 
     // Not a shared object at all: dlopen's reason is given.
     QTemporaryDir dir;
-    QFile junk(dir.filePath(QStringLiteral("junk.ovm")));
-    ASSERT_TRUE(junk.open(QIODevice::WriteOnly));
-    junk.write("not a library");
-    junk.close();
     clearOutput();
-    EXPECT_FALSE(ovrxLoadModule(junk.fileName()));
+    EXPECT_FALSE(
+        ovrxLoadModule(writeFile(dir.filePath(QStringLiteral("junk.ovm")), "not a library")));
     EXPECT_TRUE(output().contains(QStringLiteral("junk.ovm")));
     EXPECT_TRUE(output().contains(QStringLiteral("file too short")) ||
                 output().contains(QStringLiteral("invalid ELF header")))

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "OvdbBuild.h"
+
 #include "ovdb/ovdb.h"
 
 #include <QStringList>
@@ -19,33 +21,14 @@ protected:
 
     // A new layer, added and closed; null when the table refuses it.
     static OvDbObjectId addLayer(OvDbDatabase& database, const QString& name) {
-        OvDbLayerTable* table = nullptr;
-        EXPECT_EQ(database.getSymbolTable(table, OvDb::kForWrite), Orvex::eOk);
-        auto* layer = new OvDbLayerTableRecord();
-        layer->setName(name);
-        OvDbObjectId id;
-        if (table->add(id, layer) == Orvex::eOk)
-            layer->close();
-        else
-            delete layer;
-        table->close();
-        return id;
+        return ovdbtest::addLayer(database, name);
     }
     OvDbObjectId addLayer(const QString& name) { return addLayer(db, name); }
 
     // A new line in model space, on the current layer unless one is given.
     static OvDbObjectId addLine(OvDbDatabase& database, double x = 0,
                                 OvDbObjectId layer = OvDbObjectId()) {
-        OvDbBlockTableRecord* model = nullptr;
-        EXPECT_EQ(ovdbOpenObject(model, database.modelSpaceId(), OvDb::kForWrite), Orvex::eOk);
-        auto* line = new OvDbLine(OvGePoint3d(x, 0, 0), OvGePoint3d(x, 1, 0));
-        if (!layer.isNull())
-            line->setLayer(layer);
-        OvDbObjectId id;
-        EXPECT_EQ(model->appendOvDbEntity(id, line), Orvex::eOk);
-        line->close();
-        model->close();
-        return id;
+        return ovdbtest::addLine(database, OvGePoint3d(x, 0, 0), OvGePoint3d(x, 1, 0), layer);
     }
 
     // A new xrecord holding `data` under `key` of the dictionary.

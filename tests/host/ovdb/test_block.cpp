@@ -89,14 +89,7 @@ TEST_F(Blocks, IteratorWalksEntitiesInDrawingOrder) {
 }
 
 TEST_F(Blocks, ReferenceOwnsItsAttributes) {
-    OvDbBlockTable* blocks = nullptr;
-    ASSERT_EQ(db.getSymbolTable(blocks, OvDb::kForWrite), eOk);
-    auto* definition = new OvDbBlockTableRecord();
-    EXPECT_EQ(definition->setName(L"WD_M"), eOk);
-    OvDbObjectId wdm;
-    ASSERT_EQ(blocks->add(wdm, definition), eOk);
-    definition->close();
-    blocks->close();
+    const OvDbObjectId wdm = ovdbtest::addBlock(db, "WD_M");
 
     // Attributes given to a reference that is not in the drawing yet come along with it.
     auto* reference = new OvDbBlockReference(OvGePoint3d(1, 2, 0), wdm);
@@ -141,26 +134,8 @@ TEST_F(Blocks, ReferenceOwnsItsAttributes) {
 // Blocks by name, and references to them appended to a space.
 class BlockReferences : public Blocks {
 protected:
-    OvDbObjectId block(OvDbDatabase& database, const wchar_t* name) {
-        OvDbBlockTable* blocks = nullptr;
-        EXPECT_EQ(database.getSymbolTable(blocks, OvDb::kForWrite), eOk);
-        auto* definition = new OvDbBlockTableRecord();
-        definition->setName(name);
-        OvDbObjectId id;
-        EXPECT_EQ(blocks->add(id, definition), eOk);
-        definition->close();
-        blocks->close();
-        return id;
-    }
     static OvDbObjectId insert(OvDbObjectId block, OvDbObjectId space) {
-        OvDbBlockTableRecord* owner = nullptr;
-        EXPECT_EQ(ovdbOpenObject(owner, space, OvDb::kForWrite), eOk);
-        OvDbObjectId id;
-        auto* reference = new OvDbBlockReference(OvGePoint3d(), block);
-        EXPECT_EQ(owner->appendOvDbEntity(id, reference), eOk);
-        reference->close();
-        owner->close();
-        return id;
+        return ovdbtest::addReference(*space.database(), block, OvGePoint3d(), {}, {}, space);
     }
     static std::vector<OvDbObjectId> referencesOf(OvDbObjectId block) {
         OvDbBlockTableRecord* record = nullptr;
@@ -179,8 +154,8 @@ protected:
 };
 
 TEST_F(BlockReferences, ABlockKnowsItsReferencesInDrawingOrderThroughEveryChange) {
-    const OvDbObjectId a = block(db, L"WD_M");
-    const OvDbObjectId b = block(db, L"TITLE");
+    const OvDbObjectId a = ovdbtest::addBlock(db, "WD_M");
+    const OvDbObjectId b = ovdbtest::addBlock(db, "TITLE");
     const OvDbObjectId r1 = insert(a, db.modelSpaceId());
     addLine(db, 1);
     const OvDbObjectId r2 = insert(b, db.modelSpaceId());

@@ -10,22 +10,8 @@ class Clone : public OvdbTest {
 protected:
     void SetUp() override {
         OvdbTest::SetUp();
-        sourceDash = addLinetype(source, L"WIRE_DASH", {0.3, -0.1});
+        sourceDash = ovdbtest::addLinetype(source, "WIRE_DASH", {0.3, -0.1});
         ovdbSetDbmod(&db, 0);
-    }
-
-    static OvDbObjectId addLinetype(OvDbDatabase& database, const wchar_t* name,
-                                    std::vector<double> dashes) {
-        OvDbLinetypeTable* table = nullptr;
-        EXPECT_EQ(database.getSymbolTable(table, OvDb::kForWrite), eOk);
-        auto* linetype = new OvDbLinetypeTableRecord();
-        linetype->setName(name);
-        linetype->setDashes(dashes);
-        OvDbObjectId id;
-        EXPECT_EQ(table->add(id, linetype), eOk);
-        linetype->close();
-        table->close();
-        return id;
     }
 
     // The mapping's pair for a key, as the store reads it back.
@@ -76,7 +62,7 @@ TEST_F(Clone, MissingLinetypeIsCopiedIntoTheTableOnce) {
 }
 
 TEST_F(Clone, ExistingNameIsKeptReplacedOrMangled) {
-    const OvDbObjectId own = addLinetype(db, L"Wire_Dash", {1.0, -1.0});
+    const OvDbObjectId own = ovdbtest::addLinetype(db, "Wire_Dash", {1.0, -1.0});
     OvDbIdPair pair = cloneInto(sourceDash, db.linetypeTableId(), OvDb::kDrcIgnore);
     EXPECT_FALSE(pair.isCloned());
     EXPECT_EQ(pair.value(), own);

@@ -37,7 +37,6 @@ TEST_F(Dictionaries, EntriesByNameWithoutRegardToCase) {
     ASSERT_EQ(db.getNamedObjectsDictionary(nod, OvDb::kForWrite), eOk);
     OvDbObjectId id;
     EXPECT_EQ(nod->getAt(L"ZEL_WIRETYPE", id), eKeyNotFound);
-    EXPECT_EQ(eKeyNotFound, 22);
     auto* inner = new OvDbDictionary();
     OvDbObjectId innerId;
     ASSERT_EQ(nod->setAt(L"ZEL_WIRETYPE", inner, innerId), eOk);

@@ -139,14 +139,11 @@ protected:
         return out;
     }
 
-    static OvDbObjectId addStyledLayer(OvDbDatabase& database, const wchar_t* name, int color,
+    static OvDbObjectId addStyledLayer(OvDbDatabase& database, const QString& name, int color,
                                        OvDbObjectId linetype, OvDb::LineWeight weight) {
-        const OvDbObjectId id = addLayer(database, QString::fromWCharArray(name));
+        const OvDbObjectId id = ovdbtest::addLayer(database, name, color);
         OvDbLayerTableRecord* layer = nullptr;
         EXPECT_EQ(ovdbOpenObject(layer, id, OvDb::kForWrite), eOk);
-        OvCmColor c;
-        c.setColorIndex(color);
-        layer->setColor(c);
         if (!linetype.isNull())
             layer->setLinetypeObjectId(linetype);
         layer->setLineWeight(weight);
@@ -176,22 +173,14 @@ protected:
     // Layers, a dashed linetype of its own, wire type records, the current wire layer record,
     // a WD_M block reference with attributes, lines, and an erased layer.
     static void buildDrawing(OvDbDatabase& database) {
-        OvDbLinetypeTable* linetypes = nullptr;
-        ASSERT_EQ(database.getSymbolTable(linetypes, OvDb::kForWrite), eOk);
-        auto* linetype = new OvDbLinetypeTableRecord();
-        linetype->setName(L"WIRE_DASH");
-        linetype->setComments(QStringLiteral("Wire dash — ∙ —"));
-        linetype->setDashes({0.1, -0.05, 0.0, -0.05});
-        OvDbObjectId dash;
-        ASSERT_EQ(linetypes->add(dash, linetype), eOk);
-        linetype->close();
-        linetypes->close();
+        const OvDbObjectId dash = ovdbtest::addLinetype(
+            database, "WIRE_DASH", {0.1, -0.05, 0.0, -0.05}, "Wire dash — ∙ —");
 
-        const OvDbObjectId red = addStyledLayer(database, L"WIRE_RED_1.5", 1, dash, OvDb::kLnWt050);
+        const OvDbObjectId red = addStyledLayer(database, "WIRE_RED_1.5", 1, dash, OvDb::kLnWt050);
         const OvDbObjectId blue =
-            addStyledLayer(database, L"WIRE_BLUE", 5, OvDbObjectId(), OvDb::kLnWtByLwDefault);
+            addStyledLayer(database, "WIRE_BLUE", 5, OvDbObjectId(), OvDb::kLnWtByLwDefault);
         const OvDbObjectId plain =
-            addStyledLayer(database, L"Notes", 256, OvDbObjectId(), OvDb::kLnWt000);
+            addStyledLayer(database, "Notes", 256, OvDbObjectId(), OvDb::kLnWt000);
         giveWireType(red, L"RED", L"1.5", 70000);
         giveWireType(blue, L"BLUE", L"", 2);
         OvDbLayerTableRecord* layer = nullptr;
@@ -200,6 +189,7 @@ protected:
         layer->setIsLocked(true);
         layer->close();
         setErased(addLayer(database, QStringLiteral("GONE")));
+        const OvDbObjectId zero = database.clayer();
         ASSERT_EQ(database.setClayer(red), eOk);
 
         OvDbDictionary* nod = nullptr;
@@ -213,32 +203,14 @@ protected:
         putXrecord(zelId, L"CURRENT_WIRELAY", current);
         ovutRelRb(current);
 
-        OvDbBlockTable* blocks = nullptr;
-        ASSERT_EQ(database.getSymbolTable(blocks, OvDb::kForWrite), eOk);
-        auto* wdm = new OvDbBlockTableRecord();
-        wdm->setName(L"WD_M");
-        OvDbObjectId wdmId;
-        ASSERT_EQ(blocks->add(wdmId, wdm), eOk);
-        blocks->close();
-        auto* frame = new OvDbLine(OvGePoint3d(0, 0, 0), OvGePoint3d(1, 0, 0));
-        wdm->appendOvDbEntity(frame);
-        frame->close();
-        wdm->close();
-
+        const OvDbObjectId wdm = ovdbtest::addBlock(database, "WD_M");
+        ovdbtest::addLine(database, OvGePoint3d(0, 0, 0), OvGePoint3d(1, 0, 0), {}, wdm);
+        ovdbtest::addReference(
+            database, wdm, OvGePoint3d(0.5, 0.25, 0),
+            {{"WIRELAYS", "WIR*,NOT*"}, {"SHEET", "01"}, {"IEC_PROJ", "=P1 \"quoted\""}}, zero, {},
+            OvGePoint3d(1, 1, 0));
         OvDbBlockTableRecord* model = nullptr;
         ASSERT_EQ(ovdbOpenObject(model, database.modelSpaceId(), OvDb::kForWrite), eOk);
-        auto* reference = new OvDbBlockReference(OvGePoint3d(0.5, 0.25, 0), wdmId);
-        model->appendOvDbEntity(reference);
-        reference->setLayer(L"0");
-        for (auto [tag, text] : {std::pair{L"WIRELAYS", L"WIR*,NOT*"},
-                                 {L"SHEET", L"01"},
-                                 {L"IEC_PROJ", L"=P1 \"quoted\""}}) {
-            auto* attribute = new OvDbAttribute(OvGePoint3d(1, 1, 0), QString::fromWCharArray(text),
-                                                QString::fromWCharArray(tag));
-            reference->appendAttribute(attribute);
-            attribute->close();
-        }
-        reference->close();
         for (int i = 0; i < 5; ++i) {
             auto* line =
                 new OvDbLine(OvGePoint3d(i, 0.1 * i, 0), OvGePoint3d(i + 1e-9, 1.0 / 3, -2));

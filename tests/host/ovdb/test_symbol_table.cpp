@@ -11,20 +11,27 @@ using namespace Orvex;
 
 class SymbolTables : public OvdbTest {
 protected:
-    QStringList layerNames(bool skipErased = true) {
+    // The layers in table order, as an iterator walks them.
+    std::vector<std::pair<QString, OvDbObjectId>> walkLayers(bool skipErased = true) {
         OvDbLayerTable* table = nullptr;
         EXPECT_EQ(db.getSymbolTable(table, OvDb::kForRead), eOk);
         OvDbLayerTableIterator* it = nullptr;
         table->newIterator(it, true, skipErased);
         table->close();
-        QStringList names;
+        std::vector<std::pair<QString, OvDbObjectId>> layers;
         for (; !it->done(); it->step(true, skipErased)) {
             OvDbLayerTableRecord* layer = nullptr;
             EXPECT_EQ(it->getRecord(layer, OvDb::kForRead, true), eOk);
-            names << layer->name();
+            layers.emplace_back(layer->name(), layer->objectId());
             layer->close();
         }
         delete it;
+        return layers;
+    }
+    QStringList layerNames(bool skipErased = true) {
+        QStringList names;
+        for (const auto& [name, id] : walkLayers(skipErased))
+            names << name;
         return names;
     }
     OvDbObjectId layerAt(const wchar_t* name, bool erased = false) {
@@ -130,21 +137,11 @@ TEST_F(SymbolTables, LookUpGivesTheRecordAWalkInTableOrderFinds) {
     EXPECT_NE(again, OvDbObjectId());
 
     auto walk = [&](const QString& name) {
-        OvDbLayerTable* table = nullptr;
-        EXPECT_EQ(db.getSymbolTable(table, OvDb::kForRead), eOk);
-        OvDbLayerTableIterator* it = nullptr;
-        table->newIterator(it, true, true);
-        table->close();
-        OvDbObjectId found;
-        for (; !it->done() && found.isNull(); it->step()) {
-            OvDbLayerTableRecord* layer = nullptr;
-            EXPECT_EQ(it->getRecord(layer, OvDb::kForRead), eOk);
-            if (layer->name().compare(name, Qt::CaseInsensitive) == 0)
-                found = layer->objectId();
-            layer->close();
+        for (const auto& [layerName, id] : walkLayers()) {
+            if (layerName.compare(name, Qt::CaseInsensitive) == 0)
+                return id;
         }
-        delete it;
-        return found;
+        return OvDbObjectId();
     };
     for (const QString& name :
          {QStringLiteral("wire_red"), QStringLiteral("WIRE_RED"), QStringLiteral("ärger_1"),
@@ -284,20 +281,10 @@ TEST_F(SymbolTables, UsageDataMarksLayersThatLiveEntitiesUse) {
         ASSERT_EQ(table->generateUsageData(), eOk);
         table->close();
     };
-    auto append = [](OvDbBlockTableRecord* owner, OvDbEntity* entity, OvDbObjectId layer) {
-        OvDbObjectId id;
-        entity->setLayer(layer);
-        EXPECT_EQ(owner->appendOvDbEntity(id, entity), eOk);
-        entity->close();
-        return id;
-    };
 
-    OvDbBlockTableRecord* model = nullptr;
-    ASSERT_EQ(ovdbOpenObject(model, db.modelSpaceId(), OvDb::kForWrite), eOk);
-    append(model, new OvDbLine(), lines);
-    setErased(append(model, new OvDbLine(), erased));
-    const OvDbObjectId referenceId = append(model, new OvDbBlockReference(), db.clayer());
-    model->close();
+    const OvDbObjectId line = ovdbtest::append(db, new OvDbLine(), lines);
+    setErased(ovdbtest::append(db, new OvDbLine(), erased));
+    const OvDbObjectId referenceId = ovdbtest::append(db, new OvDbBlockReference(), db.clayer());
     OvDbBlockReference* reference = nullptr;
     ASSERT_EQ(ovdbOpenObject(reference, referenceId, OvDb::kForWrite), eOk);
     auto* attribute = new OvDbAttribute(OvGePoint3d(), QStringLiteral("v"), QStringLiteral("TAG"));
@@ -306,14 +293,8 @@ TEST_F(SymbolTables, UsageDataMarksLayersThatLiveEntitiesUse) {
     attribute->close();
     reference->close();
 
-    OvDbBlockTable* blocks = nullptr;
-    ASSERT_EQ(db.getSymbolTable(blocks, OvDb::kForWrite), eOk);
-    auto* definition = new OvDbBlockTableRecord();
-    definition->setName(L"SYMBOL");
-    blocks->add(definition);
-    blocks->close();
-    append(definition, new OvDbLine(), inBlock);
-    definition->close();
+    const OvDbObjectId symbol = ovdbtest::addBlock(db, "SYMBOL");
+    ovdbtest::addLine(db, OvGePoint3d(), OvGePoint3d(), inBlock, symbol);
 
     EXPECT_FALSE(isInUse(lines)) << "nothing is in use before usage data are made";
     ASSERT_EQ(db.setClayer(current), eOk);
@@ -334,24 +315,10 @@ TEST_F(SymbolTables, UsageDataMarksLayersThatLiveEntitiesUse) {
     // Revived, moved to another layer, erased with its block: what the marks follow is
     // kept as it changes, not walked again.
     setErased(referenceId, false);
-    OvDbObjectId line;
-    {
-        OvDbBlockTableRecord* space = nullptr;
-        ASSERT_EQ(ovdbOpenObject(space, db.modelSpaceId(), OvDb::kForRead), eOk);
-        OvDbBlockTableRecordIterator* it = nullptr;
-        space->newIterator(it);
-        space->close();
-        line = it->entityId();
-        delete it;
-    }
     OvDbEntity* moved = nullptr;
     ASSERT_EQ(ovdbOpenObject(moved, line, OvDb::kForWrite), eOk);
     ASSERT_EQ(moved->setLayer(empty), eOk);
     moved->close();
-    OvDbObjectId symbol;
-    ASSERT_EQ(db.getSymbolTable(blocks, OvDb::kForRead), eOk);
-    blocks->getIdAt(L"SYMBOL", symbol);
-    blocks->close();
     setErased(symbol);
     generate();
     EXPECT_TRUE(isInUse(attrs));

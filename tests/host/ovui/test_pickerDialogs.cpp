@@ -2,6 +2,8 @@
 
 #include "OvPickerDialogs.h"
 
+#include "../ovdb/OvdbBuild.h"
+
 #include "ovdb/ovdb.h"
 
 #include <QListWidget>
@@ -9,21 +11,6 @@
 #include <QTreeWidget>
 
 namespace {
-
-OvDbObjectId addLinetype(OvDbDatabase& database, const QString& name, const QString& comments,
-                         const std::vector<double>& dashes) {
-    OvDbLinetypeTable* table = nullptr;
-    EXPECT_EQ(database.getLinetypeTable(table, OvDb::kForWrite), Orvex::eOk);
-    auto* record = new OvDbLinetypeTableRecord();
-    record->setName(name);
-    record->setComments(comments);
-    record->setDashes(dashes);
-    OvDbObjectId id;
-    EXPECT_EQ(table->add(id, record), Orvex::eOk);
-    record->close();
-    table->close();
-    return id;
-}
 
 QStringList namesIn(QTreeWidget* list) {
     QStringList names;
@@ -48,10 +35,8 @@ void clickRow(QTreeWidget* list, const QString& name, bool twice = false) {
 class LinetypeDialogTest : public OvUiTest {
 protected:
     void SetUp() override {
-        m_dashed =
-            addLinetype(m_db, QStringLiteral("FENCE"), QStringLiteral("Fence __ __"), {0.5, -0.25});
-        m_hidden = addLinetype(m_db, QStringLiteral("TRENCH"), QStringLiteral("Trench _ _ _"),
-                               {0.25, -0.125});
+        m_dashed = ovdbtest::addLinetype(m_db, "FENCE", {0.5, -0.25}, "Fence __ __");
+        m_hidden = ovdbtest::addLinetype(m_db, "TRENCH", {0.25, -0.125}, "Trench _ _ _");
         OvDbHostApplicationServices::getRefPtr()->setWorkingDatabase(&m_db);
     }
     void TearDown() override {

@@ -4,6 +4,8 @@
 
 #include "OvDrawingSnapshot.h"
 
+#include "../../ovdb/OvdbBuild.h"
+
 #include "ovdb/ovdb.h"
 
 #include <gtest/gtest.h>
@@ -18,71 +20,38 @@ using Orvex::eOk;
 class DrawingSnapshot : public ::testing::Test {
 protected:
     OvDbObjectId addLayer(const wchar_t* name, int color, bool wireRecord = false) {
-        OvDbLayerTable* table = nullptr;
-        EXPECT_EQ(db.getSymbolTable(table, OvDb::kForWrite), eOk);
-        auto* layer = new OvDbLayerTableRecord();
-        layer->setName(name);
-        OvCmColor c;
-        c.setColorIndex(color);
-        layer->setColor(c);
-        OvDbObjectId id;
-        EXPECT_EQ(table->add(id, layer), eOk);
+        const OvDbObjectId id = ovdbtest::addLayer(db, QString::fromWCharArray(name), color);
         if (wireRecord) {
+            OvDbObject* layer = nullptr;
+            EXPECT_EQ(ovdbOpenObject(layer, id, OvDb::kForWrite), eOk);
             layer->createExtensionDictionary();
             OvDbDictionary* dict = nullptr;
             ovdbOpenObject(dict, layer->extensionDictionary(), OvDb::kForWrite);
+            layer->close();
             auto* xrec = new OvDbXrecord();
             OvDbObjectId xid;
             dict->setAt(L"ZEL_WIRETYPE", xrec, xid);
             xrec->close();
             dict->close();
         }
-        layer->close();
-        table->close();
         return id;
     }
 
     OvDbObjectId addLine(OvDbObjectId block, double x1, double y1, double x2, double y2,
                          OvDbObjectId layer) {
-        OvDbBlockTableRecord* space = nullptr;
-        EXPECT_EQ(ovdbOpenObject(space, block, OvDb::kForWrite), eOk);
-        auto* line = new OvDbLine(OvGePoint3d(x1, y1, 0), OvGePoint3d(x2, y2, 0));
-        line->setLayer(layer);
-        OvDbObjectId id;
-        EXPECT_EQ(space->appendOvDbEntity(id, line), eOk);
-        line->close();
-        space->close();
-        return id;
+        return ovdbtest::addLine(db, OvGePoint3d(x1, y1, 0), OvGePoint3d(x2, y2, 0), layer, block);
     }
 
     OvDbObjectId addBlock(const wchar_t* name) {
-        OvDbBlockTable* blocks = nullptr;
-        EXPECT_EQ(db.getSymbolTable(blocks, OvDb::kForWrite), eOk);
-        auto* block = new OvDbBlockTableRecord();
-        block->setName(name);
-        OvDbObjectId id;
-        EXPECT_EQ(blocks->add(id, block), eOk);
-        block->close();
-        blocks->close();
-        return id;
+        return ovdbtest::addBlock(db, QString::fromWCharArray(name));
     }
 
     OvDbObjectId insert(OvDbObjectId block, double x, double y, OvDbObjectId layer,
                         const QString& tag = {}, const QString& text = {}) {
-        OvDbBlockTableRecord* space = nullptr;
-        EXPECT_EQ(ovdbOpenObject(space, db.modelSpaceId(), OvDb::kForWrite), eOk);
-        auto* reference = new OvDbBlockReference(OvGePoint3d(x, y, 0), block);
-        reference->setLayer(layer);
-        OvDbObjectId id;
-        EXPECT_EQ(space->appendOvDbEntity(id, reference), eOk);
-        if (!tag.isEmpty()) {
-            auto* attribute = new OvDbAttribute(OvGePoint3d(x, y, 0), text, tag);
-            reference->appendAttribute(attribute);
-            attribute->close();
-        }
-        reference->close();
-        space->close();
-        return id;
+        ovdbtest::Attributes attributes;
+        if (!tag.isEmpty())
+            attributes.append({tag, text});
+        return ovdbtest::addReference(db, block, OvGePoint3d(x, y, 0), attributes, layer);
     }
 
     static const OvDrawingSnapshot::Layer& layer(const OvDrawingSnapshot& s, const QString& name) {
