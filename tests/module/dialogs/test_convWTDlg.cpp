@@ -2,7 +2,9 @@
 // options, the wire given by the caller, and the pick on screen that reopens the same
 // dialog, with picks answered from the editor's queue.
 
-#include "WireTypeDialogTest.h"
+#include "support/ZelUiTest.h"
+
+#include "ovcore/OvEdBatchInput.h"
 
 #include "platform/Resources.h"
 
@@ -10,17 +12,18 @@ namespace {
 
 const QStringList kWireTypes = {"BLU_1.0", "RED_1.5", "YEL_2.5"};
 
-class ConvWTDlgTest : public WireTypeDialogTest {
+class ConvWTDlgTest : public ZelUiTest {
 protected:
     void SetUp() override {
-        WireTypeDialogTest::SetUp();
-        m_database = wireTypeDrawing(kWireTypes, "BLU_1.0");
+        ZelUiTest::SetUp();
+        m_database = wireTypeDrawing(kWireTypes, {.lookFromNames = true, .current = "BLU_1.0"});
+        defineFunctions();
         m_before = currentRecord(m_database);
     }
     void TearDown() override {
         // Nothing the change dialog does is written to the drawing.
         EXPECT_EQ(currentRecord(m_database), m_before);
-        WireTypeDialogTest::TearDown();
+        ZelUiTest::TearDown();
     }
 
     OvDbDatabase* m_database = nullptr;
@@ -28,17 +31,17 @@ protected:
 };
 
 TEST_F(ConvWTDlgTest, OkReadsTheLayerOfASelectedRowElseTheTextOfTheCurrentCell) {
-    EXPECT_EQ(runWith("(zel_wire_type_sel \"0\")", {[&](platform::TemplateDialog& dialog) {
-                          clickRowHeader(dialog, rowOf(dialog, "RED_1.5"));
+    EXPECT_EQ(runWith("(zel_wire_type_sel \"0\")", {[&](platform::TemplateDialog&) {
+                          clickRowHeader(rowOf("RED_1.5"));
                           // Update off: element 4 is inverted against its box.
-                          clickButton(dialog, 1009);
-                          clickButton(dialog, 1);
+                          clickButton(1009);
+                          clickButton(1);
                       }}),
               R"(("RED_1.5" "0" "1" "1" "1"))");
     // A click in the wire colour column without a row selected answers that cell's text.
-    EXPECT_EQ(runWith("(zel_wire_type_sel \"0\")", {[&](platform::TemplateDialog& dialog) {
-                          clickCell(dialog, rowOf(dialog, "YEL_2.5"), 3);
-                          clickButton(dialog, 1);
+    EXPECT_EQ(runWith("(zel_wire_type_sel \"0\")", {[&](platform::TemplateDialog&) {
+                          clickCell(rowOf("YEL_2.5"), 3);
+                          clickButton(1);
                       }}),
               R"(("YEL" "0" "1" "0" "1"))");
 }
@@ -54,7 +57,7 @@ TEST_F(ConvWTDlgTest, OnlyTheExactModeOneSetsAnyOtherChanges) {
                               options = dialog.IsDlgItemVisible(1008) &&
                                         dialog.IsDlgItemVisible(1009) &&
                                         dialog.IsDlgItemVisible(1010);
-                              clickButton(dialog, 2);
+                              clickButton(2);
                           }}),
                   "nil")
             << call.toStdString();
@@ -74,10 +77,10 @@ TEST_F(ConvWTDlgTest, AWireGivenByTheCallerIsChosenAndOkIsLiveAtOnce) {
         const QString answer = runWith(call, {[&](platform::TemplateDialog& dialog) {
                                            okAtOnce = dialog.IsDlgItemEnabled(1);
                                            int col = 0;
-                                           gridOf(dialog).GetCurrentCell(current, col);
-                                           EXPECT_EQ(current, rowOf(dialog, "YEL_2.5"));
+                                           grid().GetCurrentCell(current, col);
+                                           EXPECT_EQ(current, rowOf("YEL_2.5"));
                                            EXPECT_EQ(col, 5);
-                                           clickButton(dialog, 1);
+                                           clickButton(1);
                                        }});
         EXPECT_EQ(answer, R"(("YEL_2.5" "0" "1" "0" "1"))") << call.toStdString();
         EXPECT_TRUE(okAtOnce) << call.toStdString();
@@ -90,7 +93,7 @@ TEST_F(ConvWTDlgTest, AWireOnNoWireTypeGivenByTheCallerChoosesNothing) {
     bool ok = true;
     EXPECT_EQ(runWith("(zel_wire_type_sel \"0\" plain)", {[&](platform::TemplateDialog& dialog) {
                           ok = dialog.IsDlgItemEnabled(1);
-                          clickButton(dialog, 2);
+                          clickButton(2);
                       }}),
               "nil");
     EXPECT_FALSE(ok);
@@ -102,11 +105,12 @@ TEST_F(ConvWTDlgTest, APickReopensTheSameDialogOnThePickedWiresRow) {
     bool okAfterPick = false;
     bool boxesBackOn = false;
     const QString answer = runWith("(zel_wire_type_sel \"0\")",
-                                   {[&](platform::TemplateDialog& dialog) {
+                                   {[&](platform::TemplateDialog&) {
                                         // The drafter's change of an option does not outlive the
-                                        // pick.
-                                        clickButton(dialog, 1008);
-                                        clickButton(dialog, 1010);
+                                        // pick; the option is live once a row is chosen.
+                                        clickCell(rowOf("BLU_1.0"), 5);
+                                        clickButton(1008);
+                                        clickButton(1010);
                                     },
                                     [&](platform::TemplateDialog& dialog) {
                                         okAfterPick = dialog.IsDlgItemEnabled(1);
@@ -114,11 +118,11 @@ TEST_F(ConvWTDlgTest, APickReopensTheSameDialogOnThePickedWiresRow) {
                                                       dialog.IsDlgButtonChecked(1009) == 1;
                                         int row = 0;
                                         int col = 0;
-                                        gridOf(dialog).GetCurrentCell(row, col);
-                                        EXPECT_EQ(row, rowOf(dialog, "RED_1.5"));
+                                        grid().GetCurrentCell(row, col);
+                                        EXPECT_EQ(row, rowOf("RED_1.5"));
                                         // The grid was not loaded again: still three rows, no more.
-                                        EXPECT_EQ(gridOf(dialog).GetWireTypeRows(), 3);
-                                        clickButton(dialog, 1);
+                                        EXPECT_EQ(grid().GetWireTypeRows(), 3);
+                                        clickButton(1);
                                     }});
     EXPECT_EQ(answer, R"(("RED_1.5" "0" "1" "0" "1"))");
     EXPECT_TRUE(okAfterPick);
@@ -132,19 +136,19 @@ TEST_F(ConvWTDlgTest, APickReopensTheSameDialogOnThePickedWiresRow) {
 TEST_F(ConvWTDlgTest, APickOnANonWireLayerSaysSoAndKeepsTheChoice) {
     queuePickOf(m_plainLine);
     OvEdBatchInput::instance().queuePickCancel();
-    const QString answer = runWith(
-        "(zel_wire_type_sel \"0\")",
-        {[&](platform::TemplateDialog& dialog) {
-             clickRowHeader(dialog, rowOf(dialog, "BLU_1.0"));
-             clickButton(dialog, 1010);
-         },
-         // A cancelled pick changes nothing either.
-         [&](platform::TemplateDialog& dialog) { clickButton(dialog, 1010); },
-         [&](platform::TemplateDialog& dialog) {
-             EXPECT_EQ(gridOf(dialog).GetSelectedRows(false, false),
-                       std::vector<quint32>{static_cast<quint32>(rowOf(dialog, "BLU_1.0"))});
-             clickButton(dialog, 1);
-         }});
+    const QString answer =
+        runWith("(zel_wire_type_sel \"0\")",
+                {[&](platform::TemplateDialog&) {
+                     clickRowHeader(rowOf("BLU_1.0"));
+                     clickButton(1010);
+                 },
+                 // A cancelled pick changes nothing either.
+                 [&](platform::TemplateDialog&) { clickButton(1010); },
+                 [&](platform::TemplateDialog&) {
+                     EXPECT_EQ(grid().GetSelectedRows(false, false),
+                               std::vector<quint32>{static_cast<quint32>(rowOf("BLU_1.0"))});
+                     clickButton(1);
+                 }});
     EXPECT_EQ(answer, R"(("BLU_1.0" "0" "1" "0" "1"))");
     EXPECT_EQ(m_openings.size(), 3);
     ASSERT_EQ(messages().shown().size(), 1u);
@@ -159,13 +163,13 @@ TEST_F(ConvWTDlgTest, KeysAndDoubleClickDoNotChooseEscCancels) {
     bool openAfterEnter = false;
     const QString answer =
         runWith("(zel_wire_type_sel \"0\")", {[&](platform::TemplateDialog& dialog) {
-                    doubleClickCell(dialog, rowOf(dialog, "RED_1.5"), 3);
+                    doubleClickCell(rowOf("RED_1.5"), 3);
                     openAfterDoubleClick = dialog.isVisible();
-                    pressKey(dialog, Qt::Key_Return);
+                    key(Qt::Key_Return);
                     openAfterEnter = dialog.isVisible();
-                    pressKey(dialog, Qt::Key_F1);
-                    clickButton(dialog, 1013);
-                    pressKey(dialog, Qt::Key_Escape);
+                    key(Qt::Key_F1);
+                    clickButton(1013);
+                    key(Qt::Key_Escape);
                 }});
     EXPECT_EQ(answer, "nil");
     EXPECT_TRUE(openAfterDoubleClick);

@@ -1,7 +1,7 @@
 // The create and edit wire types dialog, run modally over a saved drawing and worked with
 // mouse and key events; what it did is read back from the saved file.
 
-#include "DialogTest.h"
+#include "support/ZelUiTest.h"
 
 #include "dialogs/ZelEditWTDlg.h"
 #include "dialogs/ZelImportWTDlg.h"
@@ -28,10 +28,10 @@ bool enabled(ZelEditWTDlg& dialog, int id) {
 
 } // namespace
 
-using EditWTDlgTest = DialogTest;
+using EditWTDlgTest = ZelUiTest;
 
 TEST_F(EditWTDlgTest, ATypedColourAndSizeMakeAWireTypeInTheSavedDrawing) {
-    wireTypeDrawing({"RED_1"});
+    wireTypeDrawing({"RED_1"}, {.saved = true});
     const int result = runEditDialog([&] {
         EXPECT_EQ(gridNames(), QStringList{"RED_1"});
         EXPECT_EQ(dialog().windowTitle(), moduleString(167));
@@ -54,7 +54,7 @@ TEST_F(EditWTDlgTest, ATypedColourAndSizeMakeAWireTypeInTheSavedDrawing) {
 }
 
 TEST_F(EditWTDlgTest, CancelAsksOnlyAfterChangesAndNoLeavesTheDrawingAsItWas) {
-    wireTypeDrawing({"BLUE_1", "RED_1"});
+    wireTypeDrawing({"BLUE_1", "RED_1"}, {.saved = true});
 
     // Nothing changed: Cancel closes without a question.
     EXPECT_EQ(runEditDialog([&] { clickButton(2); }), platform::TemplateDialog::IDCANCEL);
@@ -83,7 +83,7 @@ TEST_F(EditWTDlgTest, CancelAsksOnlyAfterChangesAndNoLeavesTheDrawingAsItWas) {
 }
 
 TEST_F(EditWTDlgTest, YesToTheCancelQuestionCommitsAndStillEndsAsCancel) {
-    wireTypeDrawing({"RED_1"});
+    wireTypeDrawing({"RED_1"}, {.saved = true});
     const int result = runEditDialog([&] {
         typeInto(2, 3, "GRN");
         clickCell(1, 5);
@@ -97,7 +97,7 @@ TEST_F(EditWTDlgTest, YesToTheCancelQuestionCommitsAndStillEndsAsCancel) {
 }
 
 TEST_F(EditWTDlgTest, RemoveKeepsTheLayersAndDeleteErasesThemAtOk) {
-    wireTypeDrawing({"BLUE_1", "GRN_1", "RED_1", "YEL_1"});
+    wireTypeDrawing({"BLUE_1", "GRN_1", "RED_1", "YEL_1"}, {.saved = true});
     const int result = runEditDialog([&] {
         ASSERT_EQ(gridNames(), (QStringList{"BLUE_1", "GRN_1", "RED_1", "YEL_1"}));
         // Remove asks first; No changes nothing.
@@ -130,7 +130,7 @@ TEST_F(EditWTDlgTest, RemoveKeepsTheLayersAndDeleteErasesThemAtOk) {
 }
 
 TEST_F(EditWTDlgTest, RemoveAndDeleteFollowedByCancelLeaveTheDrawingAsItWas) {
-    wireTypeDrawing({"BLUE_1", "GRN_1", "RED_1"});
+    wireTypeDrawing({"BLUE_1", "GRN_1", "RED_1"}, {.saved = true});
     runEditDialog([&] {
         clickRowHeader(3);
         messages().answer(platform::IDYES);
@@ -148,7 +148,7 @@ TEST_F(EditWTDlgTest, RemoveAndDeleteFollowedByCancelLeaveTheDrawingAsItWas) {
 }
 
 TEST_F(EditWTDlgTest, ADuplicateNameStopsTheCommitOnItsRow) {
-    wireTypeDrawing({"BLUE_1", "RED_1"});
+    wireTypeDrawing({"BLUE_1", "RED_1"}, {.saved = true});
     const int result = runEditDialog([&] {
         // The name of a wire type the drawing has opens for typing from the menu only.
         clickCell(1, 5);
@@ -180,7 +180,7 @@ TEST_F(EditWTDlgTest, ADuplicateNameStopsTheCommitOnItsRow) {
 }
 
 TEST_F(EditWTDlgTest, TheLayerNameFormatRefusesWhatNamesNoTokenAndKeepsTheLastGoodOne) {
-    wireTypeDrawing({"RED_1"});
+    wireTypeDrawing({"RED_1"}, {.saved = true});
     runEditDialog([&] {
         auto* edit = qobject_cast<QLineEdit*>(dialog().GetDlgItem(1019));
         ASSERT_NE(edit, nullptr);
@@ -219,7 +219,7 @@ TEST_F(EditWTDlgTest, TheLayerNameFormatRefusesWhatNamesNoTokenAndKeepsTheLastGo
 }
 
 TEST_F(EditWTDlgTest, MakeDefaultShowsTheRowAndTheDrawingKeepsIt) {
-    wireTypeDrawing({"BLUE_1", "RED_1"});
+    wireTypeDrawing({"BLUE_1", "RED_1"}, {.saved = true});
     runEditDialog([&] {
         clickCell(1, 5);
         clickButton(1032);
@@ -232,7 +232,7 @@ TEST_F(EditWTDlgTest, MakeDefaultShowsTheRowAndTheDrawingKeepsIt) {
 }
 
 TEST_F(EditWTDlgTest, TheMakeAllValidBoxLocksTheDialogAndTheDrawingKeepsIt) {
-    wireTypeDrawing({"RED_1"});
+    wireTypeDrawing({"RED_1"}, {.saved = true});
     runEditDialog([&] {
         EXPECT_TRUE(enabled(dialog(), 1025));
         clickControl(1027);
@@ -265,7 +265,7 @@ TEST_F(EditWTDlgTest, TheMakeAllValidBoxLocksTheDialogAndTheDrawingKeepsIt) {
 }
 
 TEST_F(EditWTDlgTest, AddExistingLayersTakesThePatternTypedAtTheCommandLine) {
-    wireTypeDrawing({"RED_1"}, {"PUMP_A", "PUMP_B", "VALVE"});
+    wireTypeDrawing({"RED_1"}, {.plainLayers = {"PUMP_A", "PUMP_B", "VALVE"}, .saved = true});
     loadAddonLisp("wd_lay.scm");
     OvEdBatchInput::instance().queueInput("pump*");
     runEditDialog([&] {
@@ -286,7 +286,7 @@ TEST_F(EditWTDlgTest, AddExistingLayersTakesThePatternTypedAtTheCommandLine) {
 }
 
 TEST_F(EditWTDlgTest, EscUndoesAnOpenCellBeforeItCancelsEnterNeverLeavesF1OpensHelp) {
-    wireTypeDrawing({"RED_1"});
+    wireTypeDrawing({"RED_1"}, {.saved = true});
     const int result = runEditDialog([&] {
         clickCell(1, 3);
         typeText("XX");
@@ -307,7 +307,7 @@ TEST_F(EditWTDlgTest, EscUndoesAnOpenCellBeforeItCancelsEnterNeverLeavesF1OpensH
 }
 
 TEST_F(EditWTDlgTest, TheMenuFitsWhatWasClicked) {
-    wireTypeDrawing({"BLUE_1", "RED_1"});
+    wireTypeDrawing({"BLUE_1", "RED_1"}, {.saved = true});
     runEditDialog([&] {
         EXPECT_EQ(contextMenu(1, 2), QStringList{"no menu"}) << "the in-use column";
         clickCell(1, 5);
@@ -325,7 +325,7 @@ TEST_F(EditWTDlgTest, TheMenuFitsWhatWasClicked) {
 }
 
 TEST_F(EditWTDlgTest, RowsCopiedInOneRunArePastedInTheNext) {
-    wireTypeDrawing({"RED_1"});
+    wireTypeDrawing({"RED_1"}, {.saved = true});
     runEditDialog([&] {
         typeInto(1, 3, "RD");
         typeInto(1, 4, "1");
@@ -354,7 +354,7 @@ TEST_F(EditWTDlgTest, RowsCopiedInOneRunArePastedInTheNext) {
 }
 
 TEST_F(EditWTDlgTest, ThreeSelectedRowsTakeTheOneColourChosen) {
-    wireTypeDrawing({"BLUE_1", "GRN_1", "RED_1", "YEL_1"});
+    wireTypeDrawing({"BLUE_1", "GRN_1", "RED_1", "YEL_1"}, {.saved = true});
     runEditDialog([&] {
         // The first row gets a colour of its own, so that the picker has one to open on.
         clickCell(1, 5);
@@ -406,10 +406,10 @@ TEST_F(EditWTDlgTest, ThreeSelectedRowsTakeTheOneColourChosen) {
 }
 
 TEST_F(EditWTDlgTest, ImportBringsTheChosenWireTypesAndRemembersTheirFolder) {
-    wireTypeDrawing({"RED_1"});
+    wireTypeDrawing({"RED_1"}, {.saved = true});
     const QString project = tempPath("project/demo.wdp");
     evalLisp("(setq GBL_wd_prj \"" + project + "\")");
-    defineImportFunctions();
+    defineFunctions(true);
     const QString source = tempPath("other/import.dwg");
     ASSERT_TRUE(QFile::copy(QStringLiteral(ZEL_DEMO_DIR "/drawings/import.dwg"), source));
     ZelEditWTDlg::ImportFolders().clear();

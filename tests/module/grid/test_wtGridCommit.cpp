@@ -30,8 +30,7 @@ QColor background(ZelWTGrid& grid, int row, int col) {
 }
 
 TEST_F(GridCommitTest, LoadKeepsStoredOrderClosesGapsAndColoursTheRows) {
-    openDefaultNamesProject();
-    OvDbDatabase* database = wireTypeDrawing({"W_LATE", "W_EARLY"}, {}, {7, 3});
+    OvDbDatabase* database = wireTypeDrawing({"W_LATE", "W_EARLY"}, {.gridRows = {7, 3}});
     setCurrentRecord(database, "W_LATE", "W_LATE");
     openOwner(false, false);
 
@@ -58,7 +57,6 @@ TEST_F(GridCommitTest, LoadKeepsStoredOrderClosesGapsAndColoursTheRows) {
 }
 
 TEST_F(GridCommitTest, RowsWithoutStoredPlacesComeByNameAndACommitStoresTheSortedRows) {
-    openDefaultNamesProject();
     wireTypeDrawing({"W_C", "W_A", "W_B"});
     openOwner();
     ASSERT_EQ(gridNames(), QStringList({"W_A", "W_B", "W_C"}));
@@ -79,8 +77,7 @@ TEST_F(GridCommitTest, RowsWithoutStoredPlacesComeByNameAndACommitStoresTheSorte
 }
 
 TEST_F(GridCommitTest, ARowDraggedToAnotherPlaceIsStoredThere) {
-    openDefaultNamesProject();
-    wireTypeDrawing({"W_A", "W_B", "W_C"}, {}, {1, 2, 3});
+    wireTypeDrawing({"W_A", "W_B", "W_C"}, {.gridRows = {1, 2, 3}});
     openOwner();
     ASSERT_EQ(gridNames(), QStringList({"W_A", "W_B", "W_C"}));
 
@@ -112,7 +109,6 @@ TEST_F(GridCommitTest, ARowDraggedToAnotherPlaceIsStoredThere) {
 }
 
 TEST_F(GridCommitTest, APasteBelowTheLastRowGrowsTheGridAndMakesWireTypes) {
-    openDefaultNamesProject();
     wireTypeDrawing({"W_A"});
     openOwner();
     ASSERT_EQ(grid().GetRowCount(), 2);
@@ -138,7 +134,6 @@ TEST_F(GridCommitTest, APasteBelowTheLastRowGrowsTheGridAndMakesWireTypes) {
 }
 
 TEST_F(GridCommitTest, RemoveIsOfferedOnlyWhenNoRemainingRowNeedsThePattern) {
-    openDefaultNamesProject();
     wireTypeDrawing({"DEF", "WIRE_A", "WIRE_B", "OTHER"});
     ASSERT_EQ(wireLays(), "DEF*,WIR*,OTH*");
     openOwner();
@@ -161,7 +156,6 @@ TEST_F(GridCommitTest, RemoveIsOfferedOnlyWhenNoRemainingRowNeedsThePattern) {
 }
 
 TEST_F(GridCommitTest, ADuplicateNameStopsTheCommitInItsRow) {
-    openDefaultNamesProject();
     OvDbDatabase* database = wireTypeDrawing({"W_A", "W_B"});
     openOwner();
     typeInto(3, 5, "w_a");
@@ -184,7 +178,6 @@ TEST_F(GridCommitTest, ADuplicateNameStopsTheCommitInItsRow) {
 }
 
 TEST_F(GridCommitTest, UntickingEveryLayerModeWithNoRowsLeavesOneDefaultWireType) {
-    openDefaultNamesProject();
     OvDbDatabase* database = wireTypeDrawing({"W_A", "W_B"});
     setCurrentRecord(database, "W_A", "W_A", true);
     openOwner(true);
@@ -205,7 +198,6 @@ TEST_F(GridCommitTest, UntickingEveryLayerModeWithNoRowsLeavesOneDefaultWireType
 }
 
 TEST_F(GridCommitTest, SavedWidthsComeBackExceptTheInUseColumn) {
-    openDefaultNamesProject();
     wireTypeDrawing({"W_A"});
     openOwner();
     QHeaderView* header = grid().horizontalHeader();

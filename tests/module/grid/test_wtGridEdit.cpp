@@ -13,7 +13,6 @@ namespace {
 using GridEditTest = GridTest;
 
 TEST_F(GridEditTest, TypedColourAndSizeNameANewRowOnlyUntilTheDrafterNamesIt) {
-    openDefaultNamesProject();
     OvDbDatabase* database = wireTypeDrawing({"W_BLUE"});
     openOwner();
     ASSERT_EQ(grid().GetWireTypeRows(), 1);
@@ -65,7 +64,6 @@ TEST_F(GridEditTest, TypedColourAndSizeNameANewRowOnlyUntilTheDrafterNamesIt) {
 }
 
 TEST_F(GridEditTest, EmptyingALoadedNameIsRefusedAndTheCursorGoesBack) {
-    openDefaultNamesProject();
     OvDbDatabase* database = wireTypeDrawing({"W_A", "W_B"});
     openOwner();
     ASSERT_EQ(gridNames(), QStringList({"W_A", "W_B"}));
@@ -94,11 +92,10 @@ TEST_F(GridEditTest, EmptyingALoadedNameIsRefusedAndTheCursorGoesBack) {
 }
 
 TEST_F(GridEditTest, ARemovedRowRevivedByItsNameKeepsItsKeyAndCommitsAsAnEdit) {
-    openDefaultNamesProject();
     std::vector<QString> values;
     for (int i = 1; i <= 20; ++i)
         values.push_back(QStringLiteral("v%1").arg(i));
-    OvDbDatabase* database = wireTypeDrawing({"W_A", "W_B"}, values);
+    OvDbDatabase* database = wireTypeDrawing({"W_A", "W_B"}, {.values = values});
     ZelTestDrawing::addLine(database, "W_B");
     openOwner();
     ASSERT_EQ(gridNames(), QStringList({"W_A", "W_B"}));
@@ -128,7 +125,6 @@ TEST_F(GridEditTest, ARemovedRowRevivedByItsNameKeepsItsKeyAndCommitsAsAnEdit) {
 }
 
 TEST_F(GridEditTest, EmptyingEveryCellOfANewRowTakesTheRowOut) {
-    openDefaultNamesProject();
     wireTypeDrawing({"W_A"});
     openOwner();
     typeInto(2, 3, "RED");
@@ -147,7 +143,6 @@ TEST_F(GridEditTest, EmptyingEveryCellOfANewRowTakesTheRowOut) {
 }
 
 TEST_F(GridEditTest, EnterWalksRightAndWrapsToTheWireColourOfTheNextRow) {
-    openDefaultNamesProject();
     wireTypeDrawing({"W_A", "W_B"});
     openOwner();
     clickCell(1, 25);
@@ -168,7 +163,6 @@ using GridRowsTest = GridTest;
 // Rows that come from outside the grid: a wire type of another drawing, and existing
 // layers. The dialog calls these after its import and add-layer steps.
 TEST_F(GridRowsTest, RowsFromAnotherDrawingAreAddedOrMergedByName) {
-    openDefaultNamesProject();
     makeDrawing({}, QString(), "other.dwg");
     const QString other = tempPath("other.dwg");
     {
@@ -219,7 +213,6 @@ TEST_F(GridRowsTest, RowsFromAnotherDrawingAreAddedOrMergedByName) {
 }
 
 TEST_F(GridRowsTest, ExistingLayersBecomeRowsAndAPatternOfNothingIsTold) {
-    openDefaultNamesProject();
     OvDbDatabase* database = wireTypeDrawing({"W_A"});
     ZelTestDrawing::addLayer(database, "CTRL_24V", 1);
     ZelTestDrawing::addLine(database, "CTRL_24V");

@@ -21,7 +21,6 @@ bool readOnly(ZelWTGrid& grid, int row, int col) {
 }
 
 TEST_F(GridPasteTest, RowsPastedWithTheirNamesGrowTheGridAndTakeAnExistingLayersLook) {
-    openDefaultNamesProject();
     OvDbDatabase* database = wireTypeDrawing({"W_A"});
     ZelTestDrawing::addLayer(database, "PUMP", 3);
     ZelTestDrawing::addLine(database, "PUMP");
@@ -70,7 +69,6 @@ TEST_F(GridPasteTest, RowsPastedWithTheirNamesGrowTheGridAndTakeAnExistingLayers
 using GridSelectTest = GridTest;
 
 TEST_F(GridSelectTest, ShiftAndTheArrowsSelectRowsAndTheButtonsFollow) {
-    openDefaultNamesProject();
     OvDbDatabase* database = wireTypeDrawing({"W_A", "W_B", "W_C"});
     setCurrentRecord(database, "W_A", "W_A");
     openOwner();
@@ -106,7 +104,6 @@ using GridProjectCellTest = GridTest;
 
 TEST_F(GridProjectCellTest, ANamedCellOpensForEditingOnlyInADrawingOfTheProject) {
     // Not in the project: the command leaves the name closed.
-    openDefaultNamesProject();
     wireTypeDrawing({"W_A"});
     openOwner();
     typeInto(2, 3, "RED");
