@@ -45,12 +45,11 @@ TEST_F(EditWTDlgTest, ATypedColourAndSizeMakeAWireTypeInTheSavedDrawing) {
     EXPECT_EQ(result, platform::TemplateDialog::IDOK);
     EXPECT_EQ(ZelWireTypeRec::m_nKey, 0) << "the keys start again for the next dialog";
 
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
-    ASSERT_TRUE(layerId(&saved, "BLU_2.5").isValid());
-    EXPECT_TRUE(wireRecord(&saved, "BLU_2.5").contains("(1 . \"BLU\") (2 . \"2.5\")"))
-        << wireRecord(&saved, "BLU_2.5").toStdString();
-    EXPECT_FALSE(wireRecord(&saved, "RED_1").isEmpty());
+    OvDbDatabase* saved = savedDrawing();
+    ASSERT_TRUE(layerId(saved, "BLU_2.5").isValid());
+    EXPECT_TRUE(wireRecord(saved, "BLU_2.5").contains("(1 . \"BLU\") (2 . \"2.5\")"))
+        << wireRecord(saved, "BLU_2.5").toStdString();
+    EXPECT_FALSE(wireRecord(saved, "RED_1").isEmpty());
 }
 
 TEST_F(EditWTDlgTest, CancelAsksOnlyAfterChangesAndNoLeavesTheDrawingAsItWas) {
@@ -76,10 +75,9 @@ TEST_F(EditWTDlgTest, CancelAsksOnlyAfterChangesAndNoLeavesTheDrawingAsItWas) {
               (std::vector<QString>{moduleString(113), moduleString(113)}));
     EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
 
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
-    EXPECT_FALSE(layerId(&saved, "GRN").isValid());
-    EXPECT_FALSE(wireRecord(&saved, "BLUE_1").isEmpty());
+    OvDbDatabase* saved = savedDrawing();
+    EXPECT_FALSE(layerId(saved, "GRN").isValid());
+    EXPECT_FALSE(wireRecord(saved, "BLUE_1").isEmpty());
 }
 
 TEST_F(EditWTDlgTest, YesToTheCancelQuestionCommitsAndStillEndsAsCancel) {
@@ -91,9 +89,8 @@ TEST_F(EditWTDlgTest, YesToTheCancelQuestionCommitsAndStillEndsAsCancel) {
         key(Qt::Key_Escape);
     });
     EXPECT_EQ(result, platform::TemplateDialog::IDCANCEL);
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
-    EXPECT_TRUE(layerId(&saved, "GRN").isValid());
+    OvDbDatabase* saved = savedDrawing();
+    EXPECT_TRUE(layerId(saved, "GRN").isValid());
 }
 
 TEST_F(EditWTDlgTest, RemoveKeepsTheLayersAndDeleteErasesThemAtOk) {
@@ -120,13 +117,12 @@ TEST_F(EditWTDlgTest, RemoveKeepsTheLayersAndDeleteErasesThemAtOk) {
     EXPECT_EQ(messages().shownTexts(),
               (std::vector<QString>{moduleString(109), moduleString(109)}));
 
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
-    EXPECT_TRUE(layerId(&saved, "RED_1").isValid()) << "a removed wire type keeps its layer";
-    EXPECT_TRUE(wireRecord(&saved, "RED_1").isEmpty());
-    EXPECT_FALSE(layerId(&saved, "GRN_1").isValid()) << "a deleted one loses it";
-    EXPECT_FALSE(layerId(&saved, "YEL_1").isValid());
-    EXPECT_FALSE(wireRecord(&saved, "BLUE_1").isEmpty());
+    OvDbDatabase* saved = savedDrawing();
+    EXPECT_TRUE(layerId(saved, "RED_1").isValid()) << "a removed wire type keeps its layer";
+    EXPECT_TRUE(wireRecord(saved, "RED_1").isEmpty());
+    EXPECT_FALSE(layerId(saved, "GRN_1").isValid()) << "a deleted one loses it";
+    EXPECT_FALSE(layerId(saved, "YEL_1").isValid());
+    EXPECT_FALSE(wireRecord(saved, "BLUE_1").isEmpty());
 }
 
 TEST_F(EditWTDlgTest, RemoveAndDeleteFollowedByCancelLeaveTheDrawingAsItWas) {
@@ -141,10 +137,9 @@ TEST_F(EditWTDlgTest, RemoveAndDeleteFollowedByCancelLeaveTheDrawingAsItWas) {
         messages().answer(platform::IDNO);
         clickButton(2);
     });
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
+    OvDbDatabase* saved = savedDrawing();
     for (const char* name : {"RED_1", "BLUE_1", "GRN_1"})
-        EXPECT_FALSE(wireRecord(&saved, name).isEmpty()) << name;
+        EXPECT_FALSE(wireRecord(saved, name).isEmpty()) << name;
 }
 
 TEST_F(EditWTDlgTest, ADuplicateNameStopsTheCommitOnItsRow) {
@@ -173,10 +168,9 @@ TEST_F(EditWTDlgTest, ADuplicateNameStopsTheCommitOnItsRow) {
         clickButton(1);
     });
     EXPECT_EQ(result, platform::TemplateDialog::IDOK);
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
-    EXPECT_TRUE(layerId(&saved, "RED_2").isValid());
-    EXPECT_FALSE(layerId(&saved, "BLUE_1").isValid()) << "renamed";
+    OvDbDatabase* saved = savedDrawing();
+    EXPECT_TRUE(layerId(saved, "RED_2").isValid());
+    EXPECT_FALSE(layerId(saved, "BLUE_1").isValid()) << "renamed";
 }
 
 TEST_F(EditWTDlgTest, TheLayerNameFormatRefusesWhatNamesNoTokenAndKeepsTheLastGoodOne) {
@@ -213,9 +207,8 @@ TEST_F(EditWTDlgTest, TheLayerNameFormatRefusesWhatNamesNoTokenAndKeepsTheLastGo
         clickCell(1, 3);
         clickButton(1);
     });
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
-    EXPECT_TRUE(currentRecord(&saved).contains("|W%1|")) << currentRecord(&saved).toStdString();
+    OvDbDatabase* saved = savedDrawing();
+    EXPECT_TRUE(currentRecord(saved).contains("|W%1|")) << currentRecord(saved).toStdString();
 }
 
 TEST_F(EditWTDlgTest, MakeDefaultShowsTheRowAndTheDrawingKeepsIt) {
@@ -226,9 +219,8 @@ TEST_F(EditWTDlgTest, MakeDefaultShowsTheRowAndTheDrawingKeepsIt) {
         EXPECT_EQ(dialog().GetDlgItemText(1033), "BLUE_1");
         clickButton(1);
     });
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
-    EXPECT_TRUE(currentRecord(&saved).startsWith("BLUE_1|")) << currentRecord(&saved).toStdString();
+    OvDbDatabase* saved = savedDrawing();
+    EXPECT_TRUE(currentRecord(saved).startsWith("BLUE_1|")) << currentRecord(saved).toStdString();
 }
 
 TEST_F(EditWTDlgTest, TheMakeAllValidBoxLocksTheDialogAndTheDrawingKeepsIt) {
@@ -244,9 +236,8 @@ TEST_F(EditWTDlgTest, TheMakeAllValidBoxLocksTheDialogAndTheDrawingKeepsIt) {
             EXPECT_TRUE(enabled(dialog(), id)) << id;
         clickButton(1);
     });
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
-    EXPECT_TRUE(currentRecord(&saved).endsWith("|1")) << currentRecord(&saved).toStdString();
+    OvDbDatabase* saved = savedDrawing();
+    EXPECT_TRUE(currentRecord(saved).endsWith("|1")) << currentRecord(saved).toStdString();
 
     // Opened again on that drawing: no wire rows, grey and locked, until the box is off.
     runEditDialog([&] {
@@ -259,9 +250,8 @@ TEST_F(EditWTDlgTest, TheMakeAllValidBoxLocksTheDialogAndTheDrawingKeepsIt) {
         EXPECT_TRUE(enabled(dialog(), 1025));
         clickButton(1);
     });
-    OvDbDatabase again(false, true);
-    saveAndReadBack(again);
-    EXPECT_TRUE(currentRecord(&again).endsWith("|0")) << currentRecord(&again).toStdString();
+    OvDbDatabase* again = savedDrawing();
+    EXPECT_TRUE(currentRecord(again).endsWith("|0")) << currentRecord(again).toStdString();
 }
 
 TEST_F(EditWTDlgTest, AddExistingLayersTakesThePatternTypedAtTheCommandLine) {
@@ -278,11 +268,10 @@ TEST_F(EditWTDlgTest, AddExistingLayersTakesThePatternTypedAtTheCommandLine) {
         clickCell(1, 5);
         clickButton(1);
     });
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
-    EXPECT_FALSE(wireRecord(&saved, "PUMP_A").isEmpty());
-    EXPECT_FALSE(wireRecord(&saved, "PUMP_B").isEmpty());
-    EXPECT_TRUE(wireRecord(&saved, "VALVE").isEmpty());
+    OvDbDatabase* saved = savedDrawing();
+    EXPECT_FALSE(wireRecord(saved, "PUMP_A").isEmpty());
+    EXPECT_FALSE(wireRecord(saved, "PUMP_B").isEmpty());
+    EXPECT_TRUE(wireRecord(saved, "VALVE").isEmpty());
 }
 
 TEST_F(EditWTDlgTest, EscUndoesAnOpenCellBeforeItCancelsEnterNeverLeavesF1OpensHelp) {
@@ -347,10 +336,9 @@ TEST_F(EditWTDlgTest, RowsCopiedInOneRunArePastedInTheNext) {
         clickCell(1, 3);
         clickButton(1);
     });
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
-    EXPECT_TRUE(wireRecord(&saved, "RD_1").contains("(1 . \"RD\") (2 . \"1\")"))
-        << wireRecord(&saved, "RD_1").toStdString();
+    OvDbDatabase* saved = savedDrawing();
+    EXPECT_TRUE(wireRecord(saved, "RD_1").contains("(1 . \"RD\") (2 . \"1\")"))
+        << wireRecord(saved, "RD_1").toStdString();
 }
 
 TEST_F(EditWTDlgTest, ThreeSelectedRowsTakeTheOneColourChosen) {
@@ -387,12 +375,11 @@ TEST_F(EditWTDlgTest, ThreeSelectedRowsTakeTheOneColourChosen) {
         clickCell(1, 5);
         clickButton(1);
     });
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
+    OvDbDatabase* saved = savedDrawing();
     const auto colourOf = [&](const char* name) {
         OvDbLayerTableRecord* layer = nullptr;
         int index = -1;
-        if (ovdbOpenObject(layer, layerId(&saved, name), OvDb::kForRead) == Orvex::eOk) {
+        if (ovdbOpenObject(layer, layerId(saved, name), OvDb::kForRead) == Orvex::eOk) {
             index = layer->color().colorIndex();
             layer->close();
         }
@@ -451,10 +438,9 @@ TEST_F(EditWTDlgTest, ImportBringsTheChosenWireTypesAndRemembersTheirFolder) {
     EXPECT_EQ(ZelEditWTDlg::ImportFolders(),
               (std::vector<QString>{project, tempPath("other") + "/"}));
 
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
+    OvDbDatabase* saved = savedDrawing();
     for (const char* name : {"BK_1.5", "GY_0.5", "WH_0.75"})
-        EXPECT_FALSE(wireRecord(&saved, name).isEmpty()) << name;
-    EXPECT_TRUE(wireRecord(&saved, "BN_1").isEmpty()) << "not chosen";
-    EXPECT_FALSE(wireRecord(&saved, "RED_1").isEmpty());
+        EXPECT_FALSE(wireRecord(saved, name).isEmpty()) << name;
+    EXPECT_TRUE(wireRecord(saved, "BN_1").isEmpty()) << "not chosen";
+    EXPECT_FALSE(wireRecord(saved, "RED_1").isEmpty());
 }

@@ -65,9 +65,8 @@ TEST_F(WireTypeSelDlgTest, CancelAfterADeleteAsksNothingAndKeepsTheLayer) {
     EXPECT_EQ(result, platform::TemplateDialog::IDCANCEL);
     EXPECT_TRUE(messages().shown().empty());
     EXPECT_EQ(selDialog().GetResult(), nullptr);
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
-    EXPECT_FALSE(wireRecord(&saved, "RED_1").isEmpty());
+    OvDbDatabase* saved = savedDrawing();
+    EXPECT_FALSE(wireRecord(saved, "RED_1").isEmpty());
 }
 
 TEST_F(WireTypeSelDlgTest, CopyGoesToTheCopyFileAndLeavesTheClipboardAlone) {

@@ -1,6 +1,5 @@
 // The module's LISP read and write functions, called from LISP as the add-on calls them.
 
-#include "lisp/ZelLispFunctions.h"
 #include "shell/ResourceOverride.h"
 #include "store/ZelWireTypeRec.h"
 #include "support/ZelTestDrawing.h"
@@ -8,7 +7,6 @@
 #include "support/ZelTestProject.h"
 
 #include "ovcore/OvApDocManager.h"
-#include "ovcore/oved.h"
 #include "ovdb/ovdb.h"
 #include "platform/Resources.h"
 #include "zeldefun/ZelQvxBlockRef.h"
@@ -35,29 +33,7 @@ protected:
                               const std::optional<QString>& wireLays = QString(),
                               const QString& fileName = QStringLiteral("drawing.dwg")) {
         OvDbDatabase* database = ZelTestHost::makeDrawing(layers, wireLays, fileName);
-        static const int module = 0;
-        static const std::pair<const wchar_t*, int (*)()> functions[] = {
-            {L"zel_get_current_wiretype", zel_get_current_wiretype},
-            {L"zel_reset_current_wiretype", zel_reset_current_wiretype},
-            {L"zel_get_wiretype_settings", zel_get_wiretype_settings},
-            {L"zel_query_wiretype", zel_query_wiretype},
-            {L"zel_add_wiretype", zel_add_wiretype},
-            {L"zel_edit_wiretype", zel_edit_wiretype},
-            {L"zel_set_current_wiretype", zel_set_current_wiretype},
-            {L"zel_get_active_dwg_wiretype", zel_get_active_dwg_wiretype},
-            {L"zel_remove_wiretype", zel_remove_wiretype},
-            {L"zel_set_default_wiretype", zel_set_default_wiretype},
-            {L"zel_get_default_wiretype", zel_get_default_wiretype},
-            {L"zel_get_dwg_wiretype_settings", zel_get_dwg_wiretype_settings},
-            {L"zel_get_wiretype_layer_info", zel_get_wiretype_layer_info},
-        };
-        ovcore::lisp::setActiveModule(&module, nullptr);
-        int number = 0;
-        for (const auto& [name, handler] : functions) {
-            ovedDefun(name, ++number);
-            ovedRegFunc(handler, number);
-        }
-        ovcore::lisp::setActiveModule(nullptr, nullptr);
+        defineModuleFunctions();
         evalLisp("(setq rereads 0)"
                  "(defun c:wd_reread_dwg_params () (setq rereads (1+ rereads)))"
                  "(vl-orvex-defun 'c:wd_reread_dwg_params)");

@@ -45,6 +45,8 @@ protected:
     OvDbDatabase* workingDatabase() const;
     void closeAllDocuments();
 
+    // The module's sixteen LISP functions, under its numbers, in the current document.
+    static void defineModuleFunctions();
     // Evaluates LISP text in the current document; a failure fails the test.
     ovcore::lisp::EvalResult evalLisp(const QString& text);
 

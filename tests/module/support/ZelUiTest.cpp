@@ -1,7 +1,5 @@
 #include "support/ZelUiTest.h"
 
-#include "lisp/ZelLispDialogs.h"
-#include "lisp/ZelLispFunctions.h"
 #include "shell/ResourceOverride.h"
 #include "store/ZelWireTypeRec.h"
 #include "support/ZelTestDrawing.h"
@@ -9,7 +7,6 @@
 #include "ovcore/OvApDocManager.h"
 #include "ovcore/OvApDocument.h"
 #include "ovcore/OvEdBatchInput.h"
-#include "ovcore/oved.h"
 #include "ovdb/OvDbDatabase.h"
 #include "ovdb/ovdbEntityName.h"
 #include "ovdb/ovut.h"
@@ -61,6 +58,7 @@ void ZelUiTest::SetUp() {
 }
 
 void ZelUiTest::TearDown() {
+    m_saved.clear();
     m_poll.reset();
     m_dialog.reset();
     releaseSelDialog();
@@ -102,28 +100,16 @@ OvDbDatabase* ZelUiTest::wireTypeDrawing(const QStringList& names, const WireTyp
     return database;
 }
 
-void ZelUiTest::saveAndReadBack(OvDbDatabase& saved) {
+OvDbDatabase* ZelUiTest::savedDrawing() {
     const QString path = activeDocument()->fileName();
-    ASSERT_EQ(ovDocManagerPtr()->saveDocument(activeDocument()), Orvex::eOk);
-    ASSERT_EQ(saved.readDwgFile(path.toStdWString().c_str()), Orvex::eOk);
+    EXPECT_EQ(ovDocManagerPtr()->saveDocument(activeDocument()), Orvex::eOk);
+    auto& saved = m_saved.emplace_back(std::make_unique<OvDbDatabase>(false, true));
+    EXPECT_EQ(saved->readDwgFile(path.toStdWString().c_str()), Orvex::eOk);
+    return saved.get();
 }
 
 void ZelUiTest::defineFunctions(bool withAddonLisp) {
-    static const int module = 0;
-    static const std::pair<const wchar_t*, int (*)()> functions[] = {
-        {L"zel_get_active_dwg_wiretype", zel_get_active_dwg_wiretype},
-        {L"zel_get_dwg_wiretype_settings", zel_get_dwg_wiretype_settings},
-        {L"zel_rename_wire_properties", zel_rename_wire_properties},
-        {L"zel_invoke_importwt_dlg", zel_invoke_importwt_dlg},
-        {L"zel_wire_type_sel", zel_wire_type_sel},
-    };
-    ovcore::lisp::setActiveModule(&module, nullptr);
-    int number = 0;
-    for (const auto& [name, handler] : functions) {
-        ovedDefun(name, ++number);
-        ovedRegFunc(handler, number);
-    }
-    ovcore::lisp::setActiveModule(nullptr, nullptr);
+    defineModuleFunctions();
     if (withAddonLisp) {
         loadAddonLisp(QStringLiteral("wd_base.scm"));
         loadAddonLisp(QStringLiteral("wd_wirlay.scm"));

@@ -5,6 +5,7 @@
 #include "dialogs/ZelEditWTDlg.h"
 #include "dialogs/ZelWireTypeSelDlg.h"
 #include "grid/ZelWTGrid.h"
+#include "ovdb/OvDbDatabase.h"
 #include "platform/TemplateDialog.h"
 
 #include <QList>
@@ -17,7 +18,6 @@
 #include <functional>
 #include <memory>
 
-class OvDbDatabase;
 class QWidget;
 namespace platform {
 class GridWindow;
@@ -48,8 +48,9 @@ protected:
 
     // A drawing with the layer PLAIN and these wire types, added by the store in order.
     OvDbDatabase* wireTypeDrawing(const QStringList& names, const WireTypeDrawing& how = {});
-    // Saves the working drawing and reads the file back into `saved`.
-    void saveAndReadBack(OvDbDatabase& saved);
+    // Saves the working drawing and reads the file back into a database of its own, which
+    // lives as long as the test.
+    OvDbDatabase* savedDrawing();
     // The module's LISP functions of the dialogs, with the add-on's readers when asked.
     void defineFunctions(bool withAddonLisp = false);
     void loadAddonLisp(const QString& file);
@@ -126,4 +127,5 @@ private:
     std::unique_ptr<ZelWireTypeSelDlg> m_selDialog;
     bool m_modalSeen = false;
     std::unique_ptr<QTimer> m_poll;
+    std::vector<std::unique_ptr<OvDbDatabase>> m_saved;
 };
