@@ -20,14 +20,6 @@
 #include <QLineEdit>
 #include <QTest>
 
-namespace {
-
-bool enabled(ZelEditWTDlg& dialog, int id) {
-    return dialog.IsDlgItemEnabled(id);
-}
-
-} // namespace
-
 using EditWTDlgTest = ZelUiTest;
 
 TEST_F(EditWTDlgTest, ATypedColourAndSizeMakeAWireTypeInTheSavedDrawing) {
@@ -226,14 +218,14 @@ TEST_F(EditWTDlgTest, MakeDefaultShowsTheRowAndTheDrawingKeepsIt) {
 TEST_F(EditWTDlgTest, TheMakeAllValidBoxLocksTheDialogAndTheDrawingKeepsIt) {
     wireTypeDrawing({"RED_1"}, {.saved = true});
     runEditDialog([&] {
-        EXPECT_TRUE(enabled(dialog(), 1025));
+        EXPECT_TRUE(dialog().IsDlgItemEnabled(1025));
         clickControl(1027);
         EXPECT_EQ(dialog().IsDlgButtonChecked(1027), 1);
         for (const int id : {1026, 1025, 1012, 1011, 1016, 1032, 1019})
-            EXPECT_FALSE(enabled(dialog(), id)) << id;
+            EXPECT_FALSE(dialog().IsDlgItemEnabled(id)) << id;
         EXPECT_FALSE(grid().isEnabled());
         for (const int id : {1, 2, 1013, 1027})
-            EXPECT_TRUE(enabled(dialog(), id)) << id;
+            EXPECT_TRUE(dialog().IsDlgItemEnabled(id)) << id;
         clickButton(1);
     });
     OvDbDatabase* saved = savedDrawing();
@@ -244,10 +236,10 @@ TEST_F(EditWTDlgTest, TheMakeAllValidBoxLocksTheDialogAndTheDrawingKeepsIt) {
         EXPECT_EQ(dialog().IsDlgButtonChecked(1027), 1);
         EXPECT_LE(grid().GetRowCount(), 1) << "no wire rows, at most the blank one";
         EXPECT_FALSE(grid().isEnabled());
-        EXPECT_FALSE(enabled(dialog(), 1025));
+        EXPECT_FALSE(dialog().IsDlgItemEnabled(1025));
         clickControl(1027);
         EXPECT_TRUE(grid().isEnabled());
-        EXPECT_TRUE(enabled(dialog(), 1025));
+        EXPECT_TRUE(dialog().IsDlgItemEnabled(1025));
         clickButton(1);
     });
     OvDbDatabase* again = savedDrawing();

@@ -50,23 +50,26 @@ TEST_F(SetWTDlgTest, OkStoresMakeAllValidAsOffSinceThisDialogLeavesTheBoxAlone) 
     EXPECT_EQ(currentRecord(database), "BLU_1.0|YEL_2.5|%C_%S|0");
 }
 
-TEST_F(SetWTDlgTest, ARowChosenByItsHeaderIsAChoiceToo) {
+TEST_F(SetWTDlgTest, ARowHeaderIsAChoiceTooAndADoubleClickIsAnOk) {
     OvDbDatabase* database = drawing();
-    const QString answer = runWith("(zel_wire_type_sel \"1\")", {[&](platform::TemplateDialog&) {
-                                       clickRowHeader(rowOf("RED_1.5"));
-                                       clickButton(1);
-                                   }});
-    EXPECT_EQ(answer, R"(("RED_1.5" "0" "0" "1" "0"))");
-    EXPECT_EQ(currentLayer(database), "RED_1.5");
-}
-
-TEST_F(SetWTDlgTest, DoubleClickOnARowIsAnOk) {
-    OvDbDatabase* database = drawing();
-    const QString answer =
-        runWith("(zel_wire_type_sel \"1\")",
-                {[&](platform::TemplateDialog&) { doubleClickCell(rowOf("YEL_2.5"), 4); }});
-    EXPECT_EQ(answer, R"(("YEL_2.5" "0" "0" "1" "0"))");
-    EXPECT_EQ(currentLayer(database), "YEL_2.5");
+    const struct {
+        QString layer;
+        std::function<void()> choose;
+    } ways[] = {
+        {"RED_1.5",
+         [&] {
+             clickRowHeader(rowOf("RED_1.5"));
+             clickButton(1);
+         }},
+        {"YEL_2.5", [&] { doubleClickCell(rowOf("YEL_2.5"), 4); }},
+    };
+    for (const auto& way : ways) {
+        SCOPED_TRACE(way.layer.toStdString());
+        EXPECT_EQ(runWith("(zel_wire_type_sel \"1\")",
+                          {[&](platform::TemplateDialog&) { way.choose(); }}),
+                  QStringLiteral(R"(("%1" "0" "0" "1" "0"))").arg(way.layer));
+        EXPECT_EQ(currentLayer(database), way.layer);
+    }
 }
 
 TEST_F(SetWTDlgTest, CancelAndEscAnswerNilAndLeaveTheDrawingAlone) {

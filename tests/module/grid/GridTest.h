@@ -34,6 +34,14 @@ protected:
         return *m_owner;
     }
     GridTestOwner& owner() { return *m_owner; }
+    // Leaves the open cell for a row other than the blank one and presses OK; true when the
+    // commit went through and closed the dialog.
+    bool commitAtOk() {
+        clickCell(1, 3);
+        clickButton(1);
+        EXPECT_TRUE(m_owner->closed()) << "commit " << m_owner->lastCommit();
+        return m_owner->closed();
+    }
     // Right-clicks a cell and picks `command` from the menu that comes up.
     void chooseFromContextMenu(int row, int col, int command) {
         EXPECT_TRUE(contextMenu(row, col, command).contains(QString::number(command)))

@@ -67,9 +67,7 @@ TEST_F(GridCommitTest, RowsWithoutStoredPlacesComeByNameAndACommitStoresTheSorte
     // Only the wire types move: the blank row stays last.
     EXPECT_EQ(cell(4, 5), "");
 
-    clickCell(1, 3);
-    clickButton(1);
-    ASSERT_TRUE(owner().closed());
+    ASSERT_TRUE(commitAtOk());
     ZelWireTypeRec reread;
     EXPECT_EQ(record(reread, "W_C")->gridRow, 1);
     EXPECT_EQ(record(reread, "W_B")->gridRow, 2);
@@ -99,9 +97,7 @@ TEST_F(GridCommitTest, ARowDraggedToAnotherPlaceIsStoredThere) {
     settle();
     ASSERT_EQ(gridNames(), QStringList({"W_C", "W_A", "W_B"}));
 
-    clickCell(1, 3);
-    clickButton(1);
-    ASSERT_TRUE(owner().closed());
+    ASSERT_TRUE(commitAtOk());
     ZelWireTypeRec reread;
     EXPECT_EQ(record(reread, "W_C")->gridRow, 1);
     EXPECT_EQ(record(reread, "W_A")->gridRow, 2);
@@ -122,9 +118,7 @@ TEST_F(GridCommitTest, APasteBelowTheLastRowGrowsTheGridAndMakesWireTypes) {
     EXPECT_FALSE(grid().IsRowHidden(3));
     EXPECT_FALSE(grid().IsRowHidden(4));
 
-    clickCell(1, 3);
-    clickButton(1);
-    ASSERT_TRUE(owner().closed());
+    ASSERT_TRUE(commitAtOk());
     ZelWireTypeRec reread;
     const WireLayerRec* yellow = record(reread, "YELLOW_4");
     ASSERT_NE(yellow, nullptr);
@@ -219,9 +213,7 @@ TEST_F(GridCommitTest, SavedWidthsComeBackExceptTheInUseColumn) {
     const int colourWidth = grid().GetColWidth(3);
     ASSERT_GT(colourWidth, 100);
 
-    clickCell(1, 3);
-    clickButton(1);
-    ASSERT_TRUE(owner().closed());
+    ASSERT_TRUE(commitAtOk());
     const QString path =
         OvDbHostApplicationServices::getRefPtr()->getRegistryProductRootKey() + "\\Settings\\WTS";
     platform::SettingsKey key;

@@ -38,9 +38,7 @@ TEST_F(GridEditTest, TypedColourAndSizeNameANewRowOnlyUntilTheDrafterNamesIt) {
     typeInto(4, 5, "FOURTH");
     EXPECT_EQ(cell(4, 26), "LAST");
 
-    clickCell(1, 3);
-    clickButton(1);
-    ASSERT_TRUE(owner().closed()) << owner().lastCommit();
+    ASSERT_TRUE(commitAtOk());
 
     ZelWireTypeRec reread;
     const WireLayerRec* made = record(reread, "RED_1.5");
@@ -200,9 +198,7 @@ TEST_F(GridRowsTest, RowsFromAnotherDrawingAreAddedOrMergedByName) {
 
     EXPECT_FALSE(grid().AddOrMergeRow(fields, tempPath("missing.dwg"), true, true));
 
-    clickCell(1, 3);
-    clickButton(1);
-    ASSERT_TRUE(owner().closed());
+    ASSERT_TRUE(commitAtOk());
     ZelWireTypeRec reread;
     const WireLayerRec* imported = record(reread, "IMP_NEW");
     ASSERT_NE(imported, nullptr);
@@ -230,9 +226,7 @@ TEST_F(GridRowsTest, ExistingLayersBecomeRowsAndAPatternOfNothingIsTold) {
     EXPECT_EQ(rowRecord(2)->color.colorIndex(), 1);
     EXPECT_EQ(currentCell(), std::make_pair(1, 5)) << "the cursor goes to the last row before";
 
-    clickCell(1, 3);
-    clickButton(1);
-    ASSERT_TRUE(owner().closed());
+    ASSERT_TRUE(commitAtOk());
     ZelWireTypeRec reread;
     EXPECT_NE(record(reread, "CTRL_24V"), nullptr);
     EXPECT_EQ(reread.GetWireCount("CTRL_24V"), 1);

@@ -48,9 +48,7 @@ TEST_F(GridPasteTest, RowsPastedWithTheirNamesGrowTheGridAndTakeAnExistingLayers
     ASSERT_NE(rowRecord(3), nullptr);
     EXPECT_EQ(rowRecord(3)->color.colorIndex(), 3);
 
-    clickCell(1, 3);
-    clickButton(1);
-    ASSERT_TRUE(owner().closed()) << owner().lastCommit();
+    ASSERT_TRUE(commitAtOk());
     ZelWireTypeRec reread;
     const WireLayerRec* red = record(reread, "RED_MAIN");
     ASSERT_NE(red, nullptr);
@@ -134,9 +132,7 @@ TEST_F(GridProjectCellTest, ANamedCellOpensForEditingOnlyInADrawingOfTheProject)
     key(Qt::Key_Tab);
     EXPECT_EQ(cell(1, 5), "W_NEW");
     EXPECT_TRUE(readOnly(grid(), 1, 5)) << "leaving the cell closes it again";
-    clickCell(1, 3);
-    clickButton(1);
-    ASSERT_TRUE(owner().closed()) << owner().lastCommit();
+    ASSERT_TRUE(commitAtOk());
     ZelWireTypeRec reread;
     EXPECT_NE(record(reread, "W_NEW"), nullptr);
     EXPECT_EQ(record(reread, "W_A"), nullptr);
