@@ -36,6 +36,26 @@ void setEnvironment(const char* name, const QByteArray& value) {
         qputenv(name, value);
 }
 
+// The module's LISP functions in the order of their numbers.
+const std::pair<const wchar_t*, int (*)()> kModuleFunctions[] = {
+    {L"zel_wire_type_sel", zel_wire_type_sel},
+    {L"zel_get_current_wiretype", zel_get_current_wiretype},
+    {L"zel_reset_current_wiretype", zel_reset_current_wiretype},
+    {L"zel_get_wiretype_settings", zel_get_wiretype_settings},
+    {L"zel_query_wiretype", zel_query_wiretype},
+    {L"zel_add_wiretype", zel_add_wiretype},
+    {L"zel_edit_wiretype", zel_edit_wiretype},
+    {L"zel_rename_wire_properties", zel_rename_wire_properties},
+    {L"zel_set_current_wiretype", zel_set_current_wiretype},
+    {L"zel_get_active_dwg_wiretype", zel_get_active_dwg_wiretype},
+    {L"zel_remove_wiretype", zel_remove_wiretype},
+    {L"zel_set_default_wiretype", zel_set_default_wiretype},
+    {L"zel_get_default_wiretype", zel_get_default_wiretype},
+    {L"zel_get_dwg_wiretype_settings", zel_get_dwg_wiretype_settings},
+    {L"zel_get_wiretype_layer_info", zel_get_wiretype_layer_info},
+    {L"zel_invoke_importwt_dlg", zel_invoke_importwt_dlg},
+};
+
 } // namespace
 
 void ZelTestHost::SetUp() {
@@ -111,31 +131,20 @@ void ZelTestHost::closeAllDocuments() {
 
 void ZelTestHost::defineModuleFunctions() {
     static const int module = 0;
-    static const std::pair<const wchar_t*, int (*)()> functions[] = {
-        {L"zel_wire_type_sel", zel_wire_type_sel},
-        {L"zel_get_current_wiretype", zel_get_current_wiretype},
-        {L"zel_reset_current_wiretype", zel_reset_current_wiretype},
-        {L"zel_get_wiretype_settings", zel_get_wiretype_settings},
-        {L"zel_query_wiretype", zel_query_wiretype},
-        {L"zel_add_wiretype", zel_add_wiretype},
-        {L"zel_edit_wiretype", zel_edit_wiretype},
-        {L"zel_rename_wire_properties", zel_rename_wire_properties},
-        {L"zel_set_current_wiretype", zel_set_current_wiretype},
-        {L"zel_get_active_dwg_wiretype", zel_get_active_dwg_wiretype},
-        {L"zel_remove_wiretype", zel_remove_wiretype},
-        {L"zel_set_default_wiretype", zel_set_default_wiretype},
-        {L"zel_get_default_wiretype", zel_get_default_wiretype},
-        {L"zel_get_dwg_wiretype_settings", zel_get_dwg_wiretype_settings},
-        {L"zel_get_wiretype_layer_info", zel_get_wiretype_layer_info},
-        {L"zel_invoke_importwt_dlg", zel_invoke_importwt_dlg},
-    };
     ovcore::lisp::setActiveModule(&module, nullptr);
     int number = 0;
-    for (const auto& [name, handler] : functions) {
+    for (const auto& [name, handler] : kModuleFunctions) {
         ovedDefun(name, ++number);
         ovedRegFunc(handler, number);
     }
     ovcore::lisp::setActiveModule(nullptr, nullptr);
+}
+
+QStringList ZelTestHost::moduleFunctionNames() {
+    QStringList names;
+    for (const auto& function : kModuleFunctions)
+        names << QString::fromWCharArray(function.first);
+    return names;
 }
 
 ovcore::lisp::EvalResult ZelTestHost::evalLisp(const QString& text) {

@@ -45,8 +45,6 @@ protected:
     OvDbDatabase* workingDatabase() const;
     void closeAllDocuments();
 
-    // The module's sixteen LISP functions, under its numbers, in the current document.
-    static void defineModuleFunctions();
     // Evaluates LISP text in the current document; a failure fails the test.
     ovcore::lisp::EvalResult evalLisp(const QString& text);
 
@@ -65,6 +63,9 @@ protected:
     platform::MessageBoxScript& messages() { return *m_messages; }
 
 public:
+    // The module's sixteen LISP functions, under its numbers, in the current document.
+    static void defineModuleFunctions();
+    static QStringList moduleFunctionNames();
     // A string of the module's resource library.
     static QString moduleString(unsigned id);
 
