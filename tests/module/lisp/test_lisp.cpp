@@ -4,7 +4,6 @@
 #include "store/ZelWireTypeRec.h"
 #include "support/ZelTestDrawing.h"
 #include "support/ZelTestHost.h"
-#include "support/ZelTestProject.h"
 
 #include "ovcore/OvApDocManager.h"
 #include "ovdb/ovdb.h"
@@ -138,15 +137,9 @@ TEST_F(LispTest, TheSettingsAreThreeListsOfTheColumnNames) {
 }
 
 TEST_F(LispTest, AQueryReadsTheProjectDatabase) {
-    const QString path = ZelTestProject::writeDatabase(
-        tempPath("project.db"),
-        "CREATE TABLE WIRETYPE (DWGIX TEXT, LAYNAME TEXT, WIRECOLOR TEXT, WIRESIZE TEXT,"
-        " FLAG INTEGER, USERCOUNT INTEGER);"
-        "CREATE TABLE WIRETYPE_USR (DWGIX TEXT, LAYNAME TEXT, USER INTEGER, VALUE TEXT);"
-        "INSERT INTO WIRETYPE VALUES ('1', 'RED_15', 'RED', '1.5', 1, 1);"
-        "INSERT INTO WIRETYPE_USR VALUES ('1', 'RED_15', 2, 'second');");
     makeDrawing({});
-    openProject(ZelTestProject::write(tempPath("p"), "p", {}, path));
+    openWireTypeProject("INSERT INTO WIRETYPE VALUES ('1', 'RED_15', 'RED', '1.5', 1, 1);"
+                        "INSERT INTO WIRETYPE_USR VALUES ('1', 'RED_15', 2, 'second');");
 
     ZelWireTypeRec::m_nKey = 4;
     EXPECT_EQ(lisp("(zel_query_wiretype \"1\" \"RED_15\")"),

@@ -203,6 +203,17 @@ void ZelTestHost::openDefaultNamesProject() {
     openProject(ZelTestProject::write(tempPath("project"), "defaults", {}, QString()));
 }
 
+void ZelTestHost::openWireTypeProject(const char* inserts) {
+    const QByteArray sql =
+        QByteArray(
+            "CREATE TABLE WIRETYPE (DWGIX TEXT, LAYNAME TEXT, WIRECOLOR TEXT, WIRESIZE TEXT,"
+            " FLAG INTEGER, USERCOUNT INTEGER);"
+            "CREATE TABLE WIRETYPE_USR (DWGIX TEXT, LAYNAME TEXT, USER INTEGER, VALUE TEXT);") +
+        inserts;
+    const QString database = ZelTestProject::writeDatabase(tempPath("project.db"), sql.constData());
+    openProject(ZelTestProject::write(tempPath("p"), "p", {}, database));
+}
+
 OvDbObjectId ZelTestHost::layerId(OvDbDatabase* database, const QString& name) {
     OvDbLayerTable* table = nullptr;
     OvDbObjectId id;

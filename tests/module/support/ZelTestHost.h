@@ -79,6 +79,9 @@ public:
     QString wireLays() const;
     // A project that does not hold the drawing: the 20 default user property names.
     void openDefaultNamesProject();
+    // A project that does not hold the drawing, with a database of the two wire type tables
+    // filled by `inserts`.
+    void openWireTypeProject(const char* inserts);
 
     static OvDbObjectId layerId(OvDbDatabase* database, const QString& name);
     static QString clayerName(OvDbDatabase* database);
