@@ -150,7 +150,7 @@ TEST_F(GridCommitTest, RemoveIsOfferedOnlyWhenNoRemainingRowNeedsThePattern) {
 }
 
 TEST_F(GridCommitTest, ADuplicateNameStopsTheCommitInItsRow) {
-    OvDbDatabase* database = wireTypeDrawing({"W_A", "W_B"});
+    wireTypeDrawing({"W_A", "W_B"});
     openOwner();
     typeInto(3, 5, "w_a");
     typeInto(3, 3, "RED");
@@ -168,7 +168,6 @@ TEST_F(GridCommitTest, ADuplicateNameStopsTheCommitInItsRow) {
     ZelWireTypeRec reread;
     EXPECT_EQ(record(reread, "W_A")->wireColor, "") << "the duplicate wrote nothing";
     EXPECT_NE(record(reread, "W_B"), nullptr);
-    (void)database;
 }
 
 TEST_F(GridCommitTest, UntickingEveryLayerModeWithNoRowsLeavesOneDefaultWireType) {
