@@ -2,7 +2,9 @@
 // options, the wire given by the caller, and the pick on screen that reopens the same
 // dialog, with picks answered from the editor's queue.
 
-#include "WireTypeDialogTest.h"
+#include "support/ZelUiTest.h"
+
+#include "ovcore/OvEdBatchInput.h"
 
 #include "platform/Resources.h"
 
@@ -10,17 +12,18 @@ namespace {
 
 const QStringList kWireTypes = {"BLU_1.0", "RED_1.5", "YEL_2.5"};
 
-class ConvWTDlgTest : public WireTypeDialogTest {
+class ConvWTDlgTest : public ZelUiTest {
 protected:
     void SetUp() override {
-        WireTypeDialogTest::SetUp();
-        m_database = wireTypeDrawing(kWireTypes, "BLU_1.0");
+        ZelUiTest::SetUp();
+        m_database = wireTypeDrawing(kWireTypes, {.lookFromNames = true, .current = "BLU_1.0"});
+        defineFunctions();
         m_before = currentRecord(m_database);
     }
     void TearDown() override {
         // Nothing the change dialog does is written to the drawing.
         EXPECT_EQ(currentRecord(m_database), m_before);
-        WireTypeDialogTest::TearDown();
+        ZelUiTest::TearDown();
     }
 
     OvDbDatabase* m_database = nullptr;
@@ -28,17 +31,17 @@ protected:
 };
 
 TEST_F(ConvWTDlgTest, OkReadsTheLayerOfASelectedRowElseTheTextOfTheCurrentCell) {
-    EXPECT_EQ(runWith("(zel_wire_type_sel \"0\")", {[&](platform::TemplateDialog& dialog) {
-                          clickRowHeader(dialog, rowOf(dialog, "RED_1.5"));
+    EXPECT_EQ(runWith("(zel_wire_type_sel \"0\")", {[&](platform::TemplateDialog&) {
+                          clickRowHeader(rowOf("RED_1.5"));
                           // Update off: element 4 is inverted against its box.
-                          clickButton(dialog, 1009);
-                          clickButton(dialog, 1);
+                          clickButton(1009);
+                          clickButton(1);
                       }}),
               R"(("RED_1.5" "0" "1" "1" "1"))");
     // A click in the wire colour column without a row selected answers that cell's text.
-    EXPECT_EQ(runWith("(zel_wire_type_sel \"0\")", {[&](platform::TemplateDialog& dialog) {
-                          clickCell(dialog, rowOf(dialog, "YEL_2.5"), 3);
-                          clickButton(dialog, 1);
+    EXPECT_EQ(runWith("(zel_wire_type_sel \"0\")", {[&](platform::TemplateDialog&) {
+                          clickCell(rowOf("YEL_2.5"), 3);
+                          clickButton(1);
                       }}),
               R"(("YEL" "0" "1" "0" "1"))");
 }
@@ -47,82 +50,65 @@ TEST_F(ConvWTDlgTest, OnlyTheExactModeOneSetsAnyOtherChanges) {
     // "01", " 1", a number and no mode at all open this dialog: its options are there.
     for (const QString call : {"(zel_wire_type_sel \"01\")", "(zel_wire_type_sel \" 1\")",
                                "(zel_wire_type_sel 1)", "(zel_wire_type_sel)"}) {
-        QString title;
-        bool options = false;
+        SCOPED_TRACE(call.toStdString());
         EXPECT_EQ(runWith(call, {[&](platform::TemplateDialog& dialog) {
-                              title = dialog.windowTitle();
-                              options = dialog.IsDlgItemVisible(1008) &&
-                                        dialog.IsDlgItemVisible(1009) &&
-                                        dialog.IsDlgItemVisible(1010);
-                              clickButton(dialog, 2);
+                              EXPECT_EQ(dialog.windowTitle(), moduleString(166));
+                              for (const int id : {1008, 1009, 1010})
+                                  EXPECT_TRUE(dialog.IsDlgItemVisible(id)) << id;
+                              clickButton(2);
                           }}),
-                  "nil")
-            << call.toStdString();
-        EXPECT_EQ(title, moduleString(166)) << call.toStdString();
-        EXPECT_TRUE(options) << call.toStdString();
+                  "nil");
     }
 }
 
-TEST_F(ConvWTDlgTest, AWireGivenByTheCallerIsChosenAndOkIsLiveAtOnce) {
-    // The wire as entsel gives it, a list led by the name, and as the plain name.
-    for (const QString call : {"(zel_wire_type_sel \"0\" (list wire '(0.0 0.0 0.0)))",
-                               "(zel_wire_type_sel \"0\" wire)"}) {
-        queuePickOf(m_lines.value("YEL_2.5"));
-        evalLisp(QStringLiteral("(setq wire (car (entsel)))"));
-        bool okAtOnce = false;
-        int current = 0;
-        const QString answer = runWith(call, {[&](platform::TemplateDialog& dialog) {
-                                           okAtOnce = dialog.IsDlgItemEnabled(1);
-                                           int col = 0;
-                                           gridOf(dialog).GetCurrentCell(current, col);
-                                           EXPECT_EQ(current, rowOf(dialog, "YEL_2.5"));
-                                           EXPECT_EQ(col, 5);
-                                           clickButton(dialog, 1);
-                                       }});
-        EXPECT_EQ(answer, R"(("YEL_2.5" "0" "1" "0" "1"))") << call.toStdString();
-        EXPECT_TRUE(okAtOnce) << call.toStdString();
-    }
-}
-
-TEST_F(ConvWTDlgTest, AWireOnNoWireTypeGivenByTheCallerChoosesNothing) {
+TEST_F(ConvWTDlgTest, AWireGivenByTheCallerIsChosenAndOkIsLiveAtOnceUnlessOnNoWireType) {
+    queuePickOf(m_lines.value("YEL_2.5"));
+    evalLisp(QStringLiteral("(setq wire (car (entsel)))"));
     queuePickOf(m_plainLine);
     evalLisp(QStringLiteral("(setq plain (car (entsel)))"));
-    bool ok = true;
-    EXPECT_EQ(runWith("(zel_wire_type_sel \"0\" plain)", {[&](platform::TemplateDialog& dialog) {
-                          ok = dialog.IsDlgItemEnabled(1);
-                          clickButton(dialog, 2);
-                      }}),
-              "nil");
-    EXPECT_FALSE(ok);
+    const char* const chosen = R"(("YEL_2.5" "0" "1" "0" "1"))";
+    // The wire as entsel gives it, a list led by the name, and as the plain name; a wire on
+    // no wire type chooses nothing, and says nothing either.
+    for (const auto& [call, answer] :
+         {std::pair{"(zel_wire_type_sel \"0\" (list wire '(0.0 0.0 0.0)))", chosen},
+          {"(zel_wire_type_sel \"0\" wire)", chosen},
+          {"(zel_wire_type_sel \"0\" plain)", "nil"}}) {
+        SCOPED_TRACE(call);
+        const bool onWireType = QString(answer) != "nil";
+        EXPECT_EQ(runWith(call, {[&](platform::TemplateDialog& dialog) {
+                              EXPECT_EQ(dialog.IsDlgItemEnabled(1), onWireType);
+                              if (onWireType) {
+                                  EXPECT_EQ(currentCell(), std::make_pair(rowOf("YEL_2.5"), 5));
+                              }
+                              clickButton(onWireType ? 1 : 2);
+                          }}),
+                  answer);
+    }
     EXPECT_TRUE(messages().shown().empty());
 }
 
 TEST_F(ConvWTDlgTest, APickReopensTheSameDialogOnThePickedWiresRow) {
     queuePickOf(m_lines.value("RED_1.5"));
-    bool okAfterPick = false;
-    bool boxesBackOn = false;
-    const QString answer = runWith("(zel_wire_type_sel \"0\")",
-                                   {[&](platform::TemplateDialog& dialog) {
-                                        // The drafter's change of an option does not outlive the
-                                        // pick.
-                                        clickButton(dialog, 1008);
-                                        clickButton(dialog, 1010);
-                                    },
-                                    [&](platform::TemplateDialog& dialog) {
-                                        okAfterPick = dialog.IsDlgItemEnabled(1);
-                                        boxesBackOn = dialog.IsDlgButtonChecked(1008) == 1 &&
-                                                      dialog.IsDlgButtonChecked(1009) == 1;
-                                        int row = 0;
-                                        int col = 0;
-                                        gridOf(dialog).GetCurrentCell(row, col);
-                                        EXPECT_EQ(row, rowOf(dialog, "RED_1.5"));
-                                        // The grid was not loaded again: still three rows, no more.
-                                        EXPECT_EQ(gridOf(dialog).GetWireTypeRows(), 3);
-                                        clickButton(dialog, 1);
-                                    }});
+    const QString answer =
+        runWith("(zel_wire_type_sel \"0\")", {[&](platform::TemplateDialog&) {
+                                                  // The drafter's change of an option does not
+                                                  // outlive the pick; the option is live once a row
+                                                  // is chosen.
+                                                  clickCell(rowOf("BLU_1.0"), 5);
+                                                  clickButton(1008);
+                                                  clickButton(1010);
+                                              },
+                                              [&](platform::TemplateDialog& dialog) {
+                                                  EXPECT_TRUE(dialog.IsDlgItemEnabled(1));
+                                                  EXPECT_EQ(dialog.IsDlgButtonChecked(1008), 1);
+                                                  EXPECT_EQ(dialog.IsDlgButtonChecked(1009), 1);
+                                                  EXPECT_EQ(currentCell().first, rowOf("RED_1.5"));
+                                                  // The grid was not loaded again: still three
+                                                  // rows, no more.
+                                                  EXPECT_EQ(grid().GetWireTypeRows(), 3);
+                                                  clickButton(1);
+                                              }});
     EXPECT_EQ(answer, R"(("RED_1.5" "0" "1" "0" "1"))");
-    EXPECT_TRUE(okAfterPick);
-    EXPECT_TRUE(boxesBackOn);
     ASSERT_EQ(m_openings.size(), 2);
     EXPECT_EQ(m_openings[0], m_openings[1]) << "a pick must reopen the same dialog";
     EXPECT_TRUE(output().contains(moduleString(157).trimmed())) << output().toStdString();
@@ -132,19 +118,19 @@ TEST_F(ConvWTDlgTest, APickReopensTheSameDialogOnThePickedWiresRow) {
 TEST_F(ConvWTDlgTest, APickOnANonWireLayerSaysSoAndKeepsTheChoice) {
     queuePickOf(m_plainLine);
     OvEdBatchInput::instance().queuePickCancel();
-    const QString answer = runWith(
-        "(zel_wire_type_sel \"0\")",
-        {[&](platform::TemplateDialog& dialog) {
-             clickRowHeader(dialog, rowOf(dialog, "BLU_1.0"));
-             clickButton(dialog, 1010);
-         },
-         // A cancelled pick changes nothing either.
-         [&](platform::TemplateDialog& dialog) { clickButton(dialog, 1010); },
-         [&](platform::TemplateDialog& dialog) {
-             EXPECT_EQ(gridOf(dialog).GetSelectedRows(false, false),
-                       std::vector<quint32>{static_cast<quint32>(rowOf(dialog, "BLU_1.0"))});
-             clickButton(dialog, 1);
-         }});
+    const QString answer =
+        runWith("(zel_wire_type_sel \"0\")",
+                {[&](platform::TemplateDialog&) {
+                     clickRowHeader(rowOf("BLU_1.0"));
+                     clickButton(1010);
+                 },
+                 // A cancelled pick changes nothing either.
+                 [&](platform::TemplateDialog&) { clickButton(1010); },
+                 [&](platform::TemplateDialog&) {
+                     EXPECT_EQ(grid().GetSelectedRows(false, false),
+                               std::vector<quint32>{static_cast<quint32>(rowOf("BLU_1.0"))});
+                     clickButton(1);
+                 }});
     EXPECT_EQ(answer, R"(("BLU_1.0" "0" "1" "0" "1"))");
     EXPECT_EQ(m_openings.size(), 3);
     ASSERT_EQ(messages().shown().size(), 1u);
@@ -155,21 +141,17 @@ TEST_F(ConvWTDlgTest, APickOnANonWireLayerSaysSoAndKeepsTheChoice) {
 }
 
 TEST_F(ConvWTDlgTest, KeysAndDoubleClickDoNotChooseEscCancels) {
-    bool openAfterDoubleClick = false;
-    bool openAfterEnter = false;
     const QString answer =
         runWith("(zel_wire_type_sel \"0\")", {[&](platform::TemplateDialog& dialog) {
-                    doubleClickCell(dialog, rowOf(dialog, "RED_1.5"), 3);
-                    openAfterDoubleClick = dialog.isVisible();
-                    pressKey(dialog, Qt::Key_Return);
-                    openAfterEnter = dialog.isVisible();
-                    pressKey(dialog, Qt::Key_F1);
-                    clickButton(dialog, 1013);
-                    pressKey(dialog, Qt::Key_Escape);
+                    doubleClickCell(rowOf("RED_1.5"), 3);
+                    EXPECT_TRUE(dialog.isVisible()) << "after the double click";
+                    key(Qt::Key_Return);
+                    EXPECT_TRUE(dialog.isVisible()) << "after Enter";
+                    key(Qt::Key_F1);
+                    clickButton(1013);
+                    key(Qt::Key_Escape);
                 }});
     EXPECT_EQ(answer, "nil");
-    EXPECT_TRUE(openAfterDoubleClick);
-    EXPECT_TRUE(openAfterEnter);
     EXPECT_EQ(output().count("change_convert_wire_type_dialog"), 2) << output().toStdString();
 }
 

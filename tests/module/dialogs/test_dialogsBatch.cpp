@@ -1,14 +1,14 @@
 // The import and property names functions end to end: orvex run in batch, the dialogs
 // driven by queued automation procedures with real input events.
 
-#include "ImpDlgTest.h"
+#include "support/ZelUiTest.h"
 
 #include <QFile>
 #include <QProcess>
 
 namespace {
 
-using DialogBatchTest = ImpDlgTest;
+using DialogBatchTest = ZelUiTest;
 
 TEST_F(DialogBatchTest, ImportAndPropertyNamesDrivenInABatchRun) {
     const QString path = importDrawing();

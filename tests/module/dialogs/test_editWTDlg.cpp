@@ -1,7 +1,7 @@
 // The create and edit wire types dialog, run modally over a saved drawing and worked with
 // mouse and key events; what it did is read back from the saved file.
 
-#include "DialogTest.h"
+#include "support/ZelUiTest.h"
 
 #include "dialogs/ZelEditWTDlg.h"
 #include "dialogs/ZelImportWTDlg.h"
@@ -20,18 +20,10 @@
 #include <QLineEdit>
 #include <QTest>
 
-namespace {
-
-bool enabled(ZelEditWTDlg& dialog, int id) {
-    return dialog.IsDlgItemEnabled(id);
-}
-
-} // namespace
-
-using EditWTDlgTest = DialogTest;
+using EditWTDlgTest = ZelUiTest;
 
 TEST_F(EditWTDlgTest, ATypedColourAndSizeMakeAWireTypeInTheSavedDrawing) {
-    wireTypeDrawing({"RED_1"});
+    wireTypeDrawing({"RED_1"}, {.saved = true});
     const int result = runEditDialog([&] {
         EXPECT_EQ(gridNames(), QStringList{"RED_1"});
         EXPECT_EQ(dialog().windowTitle(), moduleString(167));
@@ -45,16 +37,15 @@ TEST_F(EditWTDlgTest, ATypedColourAndSizeMakeAWireTypeInTheSavedDrawing) {
     EXPECT_EQ(result, platform::TemplateDialog::IDOK);
     EXPECT_EQ(ZelWireTypeRec::m_nKey, 0) << "the keys start again for the next dialog";
 
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
-    ASSERT_TRUE(layerId(&saved, "BLU_2.5").isValid());
-    EXPECT_TRUE(wireRecord(&saved, "BLU_2.5").contains("(1 . \"BLU\") (2 . \"2.5\")"))
-        << wireRecord(&saved, "BLU_2.5").toStdString();
-    EXPECT_FALSE(wireRecord(&saved, "RED_1").isEmpty());
+    OvDbDatabase* saved = savedDrawing();
+    ASSERT_TRUE(layerId(saved, "BLU_2.5").isValid());
+    EXPECT_TRUE(wireRecord(saved, "BLU_2.5").contains("(1 . \"BLU\") (2 . \"2.5\")"))
+        << wireRecord(saved, "BLU_2.5").toStdString();
+    EXPECT_FALSE(wireRecord(saved, "RED_1").isEmpty());
 }
 
 TEST_F(EditWTDlgTest, CancelAsksOnlyAfterChangesAndNoLeavesTheDrawingAsItWas) {
-    wireTypeDrawing({"BLUE_1", "RED_1"});
+    wireTypeDrawing({"BLUE_1", "RED_1"}, {.saved = true});
 
     // Nothing changed: Cancel closes without a question.
     EXPECT_EQ(runEditDialog([&] { clickButton(2); }), platform::TemplateDialog::IDCANCEL);
@@ -76,14 +67,13 @@ TEST_F(EditWTDlgTest, CancelAsksOnlyAfterChangesAndNoLeavesTheDrawingAsItWas) {
               (std::vector<QString>{moduleString(113), moduleString(113)}));
     EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
 
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
-    EXPECT_FALSE(layerId(&saved, "GRN").isValid());
-    EXPECT_FALSE(wireRecord(&saved, "BLUE_1").isEmpty());
+    OvDbDatabase* saved = savedDrawing();
+    EXPECT_FALSE(layerId(saved, "GRN").isValid());
+    EXPECT_FALSE(wireRecord(saved, "BLUE_1").isEmpty());
 }
 
 TEST_F(EditWTDlgTest, YesToTheCancelQuestionCommitsAndStillEndsAsCancel) {
-    wireTypeDrawing({"RED_1"});
+    wireTypeDrawing({"RED_1"}, {.saved = true});
     const int result = runEditDialog([&] {
         typeInto(2, 3, "GRN");
         clickCell(1, 5);
@@ -91,13 +81,12 @@ TEST_F(EditWTDlgTest, YesToTheCancelQuestionCommitsAndStillEndsAsCancel) {
         key(Qt::Key_Escape);
     });
     EXPECT_EQ(result, platform::TemplateDialog::IDCANCEL);
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
-    EXPECT_TRUE(layerId(&saved, "GRN").isValid());
+    OvDbDatabase* saved = savedDrawing();
+    EXPECT_TRUE(layerId(saved, "GRN").isValid());
 }
 
 TEST_F(EditWTDlgTest, RemoveKeepsTheLayersAndDeleteErasesThemAtOk) {
-    wireTypeDrawing({"BLUE_1", "GRN_1", "RED_1", "YEL_1"});
+    wireTypeDrawing({"BLUE_1", "GRN_1", "RED_1", "YEL_1"}, {.saved = true});
     const int result = runEditDialog([&] {
         ASSERT_EQ(gridNames(), (QStringList{"BLUE_1", "GRN_1", "RED_1", "YEL_1"}));
         // Remove asks first; No changes nothing.
@@ -120,17 +109,16 @@ TEST_F(EditWTDlgTest, RemoveKeepsTheLayersAndDeleteErasesThemAtOk) {
     EXPECT_EQ(messages().shownTexts(),
               (std::vector<QString>{moduleString(109), moduleString(109)}));
 
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
-    EXPECT_TRUE(layerId(&saved, "RED_1").isValid()) << "a removed wire type keeps its layer";
-    EXPECT_TRUE(wireRecord(&saved, "RED_1").isEmpty());
-    EXPECT_FALSE(layerId(&saved, "GRN_1").isValid()) << "a deleted one loses it";
-    EXPECT_FALSE(layerId(&saved, "YEL_1").isValid());
-    EXPECT_FALSE(wireRecord(&saved, "BLUE_1").isEmpty());
+    OvDbDatabase* saved = savedDrawing();
+    EXPECT_TRUE(layerId(saved, "RED_1").isValid()) << "a removed wire type keeps its layer";
+    EXPECT_TRUE(wireRecord(saved, "RED_1").isEmpty());
+    EXPECT_FALSE(layerId(saved, "GRN_1").isValid()) << "a deleted one loses it";
+    EXPECT_FALSE(layerId(saved, "YEL_1").isValid());
+    EXPECT_FALSE(wireRecord(saved, "BLUE_1").isEmpty());
 }
 
 TEST_F(EditWTDlgTest, RemoveAndDeleteFollowedByCancelLeaveTheDrawingAsItWas) {
-    wireTypeDrawing({"BLUE_1", "GRN_1", "RED_1"});
+    wireTypeDrawing({"BLUE_1", "GRN_1", "RED_1"}, {.saved = true});
     runEditDialog([&] {
         clickRowHeader(3);
         messages().answer(platform::IDYES);
@@ -141,14 +129,13 @@ TEST_F(EditWTDlgTest, RemoveAndDeleteFollowedByCancelLeaveTheDrawingAsItWas) {
         messages().answer(platform::IDNO);
         clickButton(2);
     });
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
+    OvDbDatabase* saved = savedDrawing();
     for (const char* name : {"RED_1", "BLUE_1", "GRN_1"})
-        EXPECT_FALSE(wireRecord(&saved, name).isEmpty()) << name;
+        EXPECT_FALSE(wireRecord(saved, name).isEmpty()) << name;
 }
 
 TEST_F(EditWTDlgTest, ADuplicateNameStopsTheCommitOnItsRow) {
-    wireTypeDrawing({"BLUE_1", "RED_1"});
+    wireTypeDrawing({"BLUE_1", "RED_1"}, {.saved = true});
     const int result = runEditDialog([&] {
         // The name of a wire type the drawing has opens for typing from the menu only.
         clickCell(1, 5);
@@ -173,14 +160,13 @@ TEST_F(EditWTDlgTest, ADuplicateNameStopsTheCommitOnItsRow) {
         clickButton(1);
     });
     EXPECT_EQ(result, platform::TemplateDialog::IDOK);
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
-    EXPECT_TRUE(layerId(&saved, "RED_2").isValid());
-    EXPECT_FALSE(layerId(&saved, "BLUE_1").isValid()) << "renamed";
+    OvDbDatabase* saved = savedDrawing();
+    EXPECT_TRUE(layerId(saved, "RED_2").isValid());
+    EXPECT_FALSE(layerId(saved, "BLUE_1").isValid()) << "renamed";
 }
 
 TEST_F(EditWTDlgTest, TheLayerNameFormatRefusesWhatNamesNoTokenAndKeepsTheLastGoodOne) {
-    wireTypeDrawing({"RED_1"});
+    wireTypeDrawing({"RED_1"}, {.saved = true});
     runEditDialog([&] {
         auto* edit = qobject_cast<QLineEdit*>(dialog().GetDlgItem(1019));
         ASSERT_NE(edit, nullptr);
@@ -213,59 +199,55 @@ TEST_F(EditWTDlgTest, TheLayerNameFormatRefusesWhatNamesNoTokenAndKeepsTheLastGo
         clickCell(1, 3);
         clickButton(1);
     });
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
-    EXPECT_TRUE(currentRecord(&saved).contains("|W%1|")) << currentRecord(&saved).toStdString();
+    OvDbDatabase* saved = savedDrawing();
+    EXPECT_TRUE(currentRecord(saved).contains("|W%1|")) << currentRecord(saved).toStdString();
 }
 
 TEST_F(EditWTDlgTest, MakeDefaultShowsTheRowAndTheDrawingKeepsIt) {
-    wireTypeDrawing({"BLUE_1", "RED_1"});
+    wireTypeDrawing({"BLUE_1", "RED_1"}, {.saved = true});
     runEditDialog([&] {
         clickCell(1, 5);
         clickButton(1032);
         EXPECT_EQ(dialog().GetDlgItemText(1033), "BLUE_1");
         clickButton(1);
     });
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
-    EXPECT_TRUE(currentRecord(&saved).startsWith("BLUE_1|")) << currentRecord(&saved).toStdString();
+    OvDbDatabase* saved = savedDrawing();
+    EXPECT_TRUE(currentRecord(saved).startsWith("BLUE_1|")) << currentRecord(saved).toStdString();
 }
 
 TEST_F(EditWTDlgTest, TheMakeAllValidBoxLocksTheDialogAndTheDrawingKeepsIt) {
-    wireTypeDrawing({"RED_1"});
+    wireTypeDrawing({"RED_1"}, {.saved = true});
     runEditDialog([&] {
-        EXPECT_TRUE(enabled(dialog(), 1025));
+        EXPECT_TRUE(dialog().IsDlgItemEnabled(1025));
         clickControl(1027);
         EXPECT_EQ(dialog().IsDlgButtonChecked(1027), 1);
         for (const int id : {1026, 1025, 1012, 1011, 1016, 1032, 1019})
-            EXPECT_FALSE(enabled(dialog(), id)) << id;
+            EXPECT_FALSE(dialog().IsDlgItemEnabled(id)) << id;
         EXPECT_FALSE(grid().isEnabled());
         for (const int id : {1, 2, 1013, 1027})
-            EXPECT_TRUE(enabled(dialog(), id)) << id;
+            EXPECT_TRUE(dialog().IsDlgItemEnabled(id)) << id;
         clickButton(1);
     });
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
-    EXPECT_TRUE(currentRecord(&saved).endsWith("|1")) << currentRecord(&saved).toStdString();
+    OvDbDatabase* saved = savedDrawing();
+    EXPECT_TRUE(currentRecord(saved).endsWith("|1")) << currentRecord(saved).toStdString();
 
     // Opened again on that drawing: no wire rows, grey and locked, until the box is off.
     runEditDialog([&] {
         EXPECT_EQ(dialog().IsDlgButtonChecked(1027), 1);
         EXPECT_LE(grid().GetRowCount(), 1) << "no wire rows, at most the blank one";
         EXPECT_FALSE(grid().isEnabled());
-        EXPECT_FALSE(enabled(dialog(), 1025));
+        EXPECT_FALSE(dialog().IsDlgItemEnabled(1025));
         clickControl(1027);
         EXPECT_TRUE(grid().isEnabled());
-        EXPECT_TRUE(enabled(dialog(), 1025));
+        EXPECT_TRUE(dialog().IsDlgItemEnabled(1025));
         clickButton(1);
     });
-    OvDbDatabase again(false, true);
-    saveAndReadBack(again);
-    EXPECT_TRUE(currentRecord(&again).endsWith("|0")) << currentRecord(&again).toStdString();
+    OvDbDatabase* again = savedDrawing();
+    EXPECT_TRUE(currentRecord(again).endsWith("|0")) << currentRecord(again).toStdString();
 }
 
 TEST_F(EditWTDlgTest, AddExistingLayersTakesThePatternTypedAtTheCommandLine) {
-    wireTypeDrawing({"RED_1"}, {"PUMP_A", "PUMP_B", "VALVE"});
+    wireTypeDrawing({"RED_1"}, {.plainLayers = {"PUMP_A", "PUMP_B", "VALVE"}, .saved = true});
     loadAddonLisp("wd_lay.scm");
     OvEdBatchInput::instance().queueInput("pump*");
     runEditDialog([&] {
@@ -278,15 +260,14 @@ TEST_F(EditWTDlgTest, AddExistingLayersTakesThePatternTypedAtTheCommandLine) {
         clickCell(1, 5);
         clickButton(1);
     });
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
-    EXPECT_FALSE(wireRecord(&saved, "PUMP_A").isEmpty());
-    EXPECT_FALSE(wireRecord(&saved, "PUMP_B").isEmpty());
-    EXPECT_TRUE(wireRecord(&saved, "VALVE").isEmpty());
+    OvDbDatabase* saved = savedDrawing();
+    EXPECT_FALSE(wireRecord(saved, "PUMP_A").isEmpty());
+    EXPECT_FALSE(wireRecord(saved, "PUMP_B").isEmpty());
+    EXPECT_TRUE(wireRecord(saved, "VALVE").isEmpty());
 }
 
 TEST_F(EditWTDlgTest, EscUndoesAnOpenCellBeforeItCancelsEnterNeverLeavesF1OpensHelp) {
-    wireTypeDrawing({"RED_1"});
+    wireTypeDrawing({"RED_1"}, {.saved = true});
     const int result = runEditDialog([&] {
         clickCell(1, 3);
         typeText("XX");
@@ -307,7 +288,7 @@ TEST_F(EditWTDlgTest, EscUndoesAnOpenCellBeforeItCancelsEnterNeverLeavesF1OpensH
 }
 
 TEST_F(EditWTDlgTest, TheMenuFitsWhatWasClicked) {
-    wireTypeDrawing({"BLUE_1", "RED_1"});
+    wireTypeDrawing({"BLUE_1", "RED_1"}, {.saved = true});
     runEditDialog([&] {
         EXPECT_EQ(contextMenu(1, 2), QStringList{"no menu"}) << "the in-use column";
         clickCell(1, 5);
@@ -325,7 +306,7 @@ TEST_F(EditWTDlgTest, TheMenuFitsWhatWasClicked) {
 }
 
 TEST_F(EditWTDlgTest, RowsCopiedInOneRunArePastedInTheNext) {
-    wireTypeDrawing({"RED_1"});
+    wireTypeDrawing({"RED_1"}, {.saved = true});
     runEditDialog([&] {
         typeInto(1, 3, "RD");
         typeInto(1, 4, "1");
@@ -347,14 +328,13 @@ TEST_F(EditWTDlgTest, RowsCopiedInOneRunArePastedInTheNext) {
         clickCell(1, 3);
         clickButton(1);
     });
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
-    EXPECT_TRUE(wireRecord(&saved, "RD_1").contains("(1 . \"RD\") (2 . \"1\")"))
-        << wireRecord(&saved, "RD_1").toStdString();
+    OvDbDatabase* saved = savedDrawing();
+    EXPECT_TRUE(wireRecord(saved, "RD_1").contains("(1 . \"RD\") (2 . \"1\")"))
+        << wireRecord(saved, "RD_1").toStdString();
 }
 
 TEST_F(EditWTDlgTest, ThreeSelectedRowsTakeTheOneColourChosen) {
-    wireTypeDrawing({"BLUE_1", "GRN_1", "RED_1", "YEL_1"});
+    wireTypeDrawing({"BLUE_1", "GRN_1", "RED_1", "YEL_1"}, {.saved = true});
     runEditDialog([&] {
         // The first row gets a colour of its own, so that the picker has one to open on.
         clickCell(1, 5);
@@ -387,12 +367,11 @@ TEST_F(EditWTDlgTest, ThreeSelectedRowsTakeTheOneColourChosen) {
         clickCell(1, 5);
         clickButton(1);
     });
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
+    OvDbDatabase* saved = savedDrawing();
     const auto colourOf = [&](const char* name) {
         OvDbLayerTableRecord* layer = nullptr;
         int index = -1;
-        if (ovdbOpenObject(layer, layerId(&saved, name), OvDb::kForRead) == Orvex::eOk) {
+        if (ovdbOpenObject(layer, layerId(saved, name), OvDb::kForRead) == Orvex::eOk) {
             index = layer->color().colorIndex();
             layer->close();
         }
@@ -406,10 +385,10 @@ TEST_F(EditWTDlgTest, ThreeSelectedRowsTakeTheOneColourChosen) {
 }
 
 TEST_F(EditWTDlgTest, ImportBringsTheChosenWireTypesAndRemembersTheirFolder) {
-    wireTypeDrawing({"RED_1"});
+    wireTypeDrawing({"RED_1"}, {.saved = true});
     const QString project = tempPath("project/demo.wdp");
     evalLisp("(setq GBL_wd_prj \"" + project + "\")");
-    defineImportFunctions();
+    defineFunctions(true);
     const QString source = tempPath("other/import.dwg");
     ASSERT_TRUE(QFile::copy(QStringLiteral(ZEL_DEMO_DIR "/drawings/import.dwg"), source));
     ZelEditWTDlg::ImportFolders().clear();
@@ -451,10 +430,9 @@ TEST_F(EditWTDlgTest, ImportBringsTheChosenWireTypesAndRemembersTheirFolder) {
     EXPECT_EQ(ZelEditWTDlg::ImportFolders(),
               (std::vector<QString>{project, tempPath("other") + "/"}));
 
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
+    OvDbDatabase* saved = savedDrawing();
     for (const char* name : {"BK_1.5", "GY_0.5", "WH_0.75"})
-        EXPECT_FALSE(wireRecord(&saved, name).isEmpty()) << name;
-    EXPECT_TRUE(wireRecord(&saved, "BN_1").isEmpty()) << "not chosen";
-    EXPECT_FALSE(wireRecord(&saved, "RED_1").isEmpty());
+        EXPECT_FALSE(wireRecord(saved, name).isEmpty()) << name;
+    EXPECT_TRUE(wireRecord(saved, "BN_1").isEmpty()) << "not chosen";
+    EXPECT_FALSE(wireRecord(saved, "RED_1").isEmpty());
 }

@@ -1,7 +1,7 @@
 // The import dialog as the add-on opens it through zel_invoke_importwt_dlg over the demo's
 // import drawing, and as the edit dialog reads its rows.
 
-#include "ImpDlgTest.h"
+#include "support/ZelUiTest.h"
 
 #include "dialogs/ZelImportWTDlg.h"
 #include "shell/ResourceOverride.h"
@@ -19,7 +19,14 @@
 
 namespace {
 
-using ImportDialogTest = ImpDlgTest;
+class ImportDialogTest : public ZelUiTest {
+protected:
+    void SetUp() override {
+        ZelUiTest::SetUp();
+        ASSERT_NE(newDocument(), nullptr);
+        defineFunctions(true);
+    }
+};
 
 // A row of the demo's import drawing in LISP order: layer, colour, size, the values given
 // and empty ones up to twenty, the flag.
@@ -50,13 +57,13 @@ QString call(const QString& path, int show, const QString& list) {
 
 void setCheck(platform::TemplateDialog& dialog, int id, bool on) {
     if ((dialog.IsDlgButtonChecked(id) != 0) != on)
-        ImpDlgTest::click(dialog, id);
+        ZelUiTest::clickButton(dialog, id);
 }
 
 TEST_F(ImportDialogTest, TheDrafterClearsAllChoosesTwoRowsAndTakesOverProperties) {
     const QString path = importDrawing();
-    const QString value = runWithDialog(
-        call(path, 1, "(list \"" + path + "\")"), [&](platform::TemplateDialog& base) {
+    const QString value = runWith(
+        call(path, 1, "(list \"" + path + "\")"), {[&](platform::TemplateDialog& base) {
             auto& dialog = dynamic_cast<ZelImportWTDlg&>(base);
             ZelImportWTGrid& grid = dialog.grid();
             ASSERT_EQ(grid.GetLoadedRows(), 6);
@@ -77,10 +84,10 @@ TEST_F(ImportDialogTest, TheDrafterClearsAllChoosesTwoRowsAndTakesOverProperties
             const QString templateCaption = dialog.GetDlgItemText(1036);
             EXPECT_NE(templateCaption.compare(moduleString(172), Qt::CaseInsensitive), 0);
 
-            click(dialog, 1036);
+            clickButton(dialog, 1036);
             EXPECT_EQ(dialog.GetDlgItemText(1036), moduleString(172));
             EXPECT_EQ(grid.GetSelectedRows(true, false).size(), 6u);
-            click(dialog, 1036);
+            clickButton(dialog, 1036);
             EXPECT_EQ(dialog.GetDlgItemText(1036), moduleString(171));
             EXPECT_TRUE(selectedLayers(grid).isEmpty());
             EXPECT_FALSE(dialog.IsDlgItemEnabled(1));
@@ -96,19 +103,19 @@ TEST_F(ImportDialogTest, TheDrafterClearsAllChoosesTwoRowsAndTakesOverProperties
 
             setCheck(dialog, 1037, false);
             setCheck(dialog, 1039, true);
-            click(dialog, 1);
-        });
+            clickButton(dialog, 1);
+        }});
     // The rows in the order the drafter chose them.
     EXPECT_EQ(value, "(\"" + path + "\" (1 0) (" + kGrey + " " + kBlack + "))");
     EXPECT_TRUE(ZelImportWTDlg::GetImportProperties());
     EXPECT_FALSE(ZelImportWTDlg::GetImportAppearance());
 
     // The boxes come back as the last OK left them.
-    runWithDialog(call(path, 1, "nil"), [&](platform::TemplateDialog& dialog) {
-        EXPECT_EQ(dialog.IsDlgButtonChecked(1037), 0);
-        EXPECT_EQ(dialog.IsDlgButtonChecked(1039), 1);
-        click(dialog, 2);
-    });
+    runWith(call(path, 1, "nil"), {[&](platform::TemplateDialog& dialog) {
+                EXPECT_EQ(dialog.IsDlgButtonChecked(1037), 0);
+                EXPECT_EQ(dialog.IsDlgButtonChecked(1039), 1);
+                clickButton(dialog, 2);
+            }});
 }
 
 TEST_F(ImportDialogTest, CancelGivesThePresetRowsAndKeepsTheLastAcceptedOptions) {
@@ -116,31 +123,28 @@ TEST_F(ImportDialogTest, CancelGivesThePresetRowsAndKeepsTheLastAcceptedOptions)
     const QString before = options();
     // The list names the same drawing in other letters; names match with case only.
     const QString list = "(list \"" + path.toUpper() + "\" \"WH_0.75\" \"bk_1.5\" \"GY_0.5\")";
-    bool shown = false;
-    QString value = runWithDialog(
-        call(path, 1, list),
-        [&](platform::TemplateDialog& base) {
-            auto& dialog = dynamic_cast<ZelImportWTDlg&>(base);
-            EXPECT_EQ(selectedLayers(dialog.grid()), QStringList({"GY_0.5", "WH_0.75"}));
-            clearOutput();
-            click(dialog, 1013);
-            EXPECT_TRUE(output().contains("import_wire_types_dialog")) << output().toStdString();
-            setCheck(dialog, 1037, dialog.IsDlgButtonChecked(1037) == 0);
-            setCheck(dialog, 1039, dialog.IsDlgButtonChecked(1039) == 0);
-            click(dialog, 2);
-        },
-        &shown);
-    EXPECT_TRUE(shown);
+    QString value =
+        runWith(call(path, 1, list), {[&](platform::TemplateDialog& base) {
+                    auto& dialog = dynamic_cast<ZelImportWTDlg&>(base);
+                    EXPECT_EQ(selectedLayers(dialog.grid()), QStringList({"GY_0.5", "WH_0.75"}));
+                    clearOutput();
+                    clickButton(dialog, 1013);
+                    EXPECT_TRUE(output().contains("import_wire_types_dialog"))
+                        << output().toStdString();
+                    setCheck(dialog, 1037, dialog.IsDlgButtonChecked(1037) == 0);
+                    setCheck(dialog, 1039, dialog.IsDlgButtonChecked(1039) == 0);
+                    clickButton(dialog, 2);
+                }});
     EXPECT_EQ(options(), before) << "Cancel keeps the options of the last OK";
     EXPECT_EQ(value, "(\"" + path + "\" " + before + " (" + kGrey + " " + kWhite + "))");
 
     // Names listed for another drawing are not this one's: Cancel gives every row.
-    value = runWithDialog(call(path, 1, "(list \"/elsewhere/import.dwg\" \"GY_0.5\")"),
-                          [&](platform::TemplateDialog& base) {
-                              auto& dialog = dynamic_cast<ZelImportWTDlg&>(base);
-                              EXPECT_EQ(dialog.grid().GetSelectedRows(true, false).size(), 6u);
-                              key(Qt::Key_Escape);
-                          });
+    value = runWith(call(path, 1, "(list \"/elsewhere/import.dwg\" \"GY_0.5\")"),
+                    {[&](platform::TemplateDialog& base) {
+                        auto& dialog = dynamic_cast<ZelImportWTDlg&>(base);
+                        EXPECT_EQ(dialog.grid().GetSelectedRows(true, false).size(), 6u);
+                        key(Qt::Key_Escape);
+                    }});
     EXPECT_TRUE(
         value.startsWith("(\"" + path + "\" " + before + " (" + kEmptyFirstRow + " " + kBlack))
         << value.toStdString();
@@ -151,11 +155,9 @@ TEST_F(ImportDialogTest, WithoutTheShowFlagNothingIsShownAndTheAnswerComesBackWh
     const QString path = importDrawing();
     const QString answer = evalLisp("(wd_wirlay_get_dwg_wiretype_settings \"" + path + "\")").value;
     ASSERT_TRUE(answer.startsWith("((\"BK_1.5\"")) << answer.toStdString();
-    bool shown = true;
-    const QString value = runWithDialog(
-        call(path, 0, "(list \"" + path + "\" \"GY_0.5\")"),
-        [](platform::TemplateDialog& dialog) { click(dialog, 1); }, &shown);
-    EXPECT_FALSE(shown);
+    // No steps: a dialog that came up would be left open and fail the test.
+    const QString value = runWith(call(path, 0, "(list \"" + path + "\" \"GY_0.5\")"));
+    EXPECT_TRUE(m_openings.isEmpty());
     EXPECT_EQ(value, "(\"" + path + "\" " + options() + " (" + answer + "))");
 }
 
@@ -169,39 +171,27 @@ TEST_F(ImportDialogTest, ADrawingWithoutWireTypesOrNoDrawingAtAllGivesNil) {
     notes.close();
 
     for (const QString& path : {empty, notADrawing, tempPath("missing.dwg")}) {
-        bool shown = true;
-        EXPECT_EQ(runWithDialog(
-                      call(path, 0, "nil"), [](platform::TemplateDialog&) {}, &shown),
-                  "nil")
-            << path.toStdString();
-        EXPECT_FALSE(shown) << path.toStdString();
+        EXPECT_EQ(runWith(call(path, 0, "nil")), "nil") << path.toStdString();
+        EXPECT_TRUE(m_openings.isEmpty()) << path.toStdString();
     }
 
     // With the show flag the drafter is told, by the host's task dialog, and nothing more.
     QString notice;
-    QTimer watcher;
-    watcher.setInterval(20);
-    QObject::connect(&watcher, &QTimer::timeout, [&] {
-        QWidget* modal = QApplication::activeModalWidget();
-        if (!modal || !modal->isVisible())
-            return;
-        watcher.stop();
+    whenModal([&](QWidget* modal) {
         if (auto* instruction = modal->findChild<QLabel*>("1001"))
             notice = instruction->text();
         auto* ok = modal->findChild<QAbstractButton*>("1");
         ASSERT_NE(ok, nullptr);
         QTest::mouseClick(ok, Qt::LeftButton);
     });
-    watcher.start();
     EXPECT_EQ(evalLisp(call(empty, 1, "nil")).value, "nil");
-    watcher.stop();
     EXPECT_FALSE(notice.isEmpty()) << "no task dialog came up";
 }
 
 TEST_F(ImportDialogTest, AHeaderDoubleClickSortsDownThenUpAndAHeaderClickSelectsNothing) {
     const QString path = importDrawing();
-    runWithDialog(
-        call(path, 1, "(list \"" + path + "\" \"BN_1\")"), [&](platform::TemplateDialog& base) {
+    runWith(
+        call(path, 1, "(list \"" + path + "\" \"BN_1\")"), {[&](platform::TemplateDialog& base) {
             auto& dialog = dynamic_cast<ZelImportWTDlg&>(base);
             ZelImportWTGrid& grid = dialog.grid();
             auto layers = [&] {
@@ -215,13 +205,13 @@ TEST_F(ImportDialogTest, AHeaderDoubleClickSortsDownThenUpAndAHeaderClickSelects
                               QPoint(header->sectionViewportPosition(3) + 5, 5));
             settle();
             EXPECT_EQ(selectedLayers(grid), QStringList({"BN_1"}));
-            doubleClickHeader(grid, 3);
+            doubleClickColumnHeader(grid, 3);
             EXPECT_EQ(layers(), QStringList({"WH_0.75", "OG_2.5", "GY_0.5", "BN_1", "BK_1.5", ""}));
-            doubleClickHeader(grid, 3);
+            doubleClickColumnHeader(grid, 3);
             EXPECT_EQ(layers(), QStringList({"", "BK_1.5", "BN_1", "GY_0.5", "OG_2.5", "WH_0.75"}));
             EXPECT_EQ(selectedLayers(grid), QStringList({"BN_1"}));
-            click(dialog, 2);
-        });
+            clickButton(dialog, 2);
+        }});
 }
 
 // A list of rows without an outer bracket, one of them short, read by the edit dialog's
@@ -248,8 +238,7 @@ TEST_F(ImportDialogTest, RowVectorsInBothOrdersAndNotClearedBetweenCalls) {
     {
         const ResourceOverride resources;
         ZelImportWTDlg dialog(settings, nullptr);
-        QTimer::singleShot(0, [&] { click(dialog, 1); });
-        ASSERT_EQ(dialog.DoModal(), 1);
+        ASSERT_EQ(runModal(dialog, [&] { clickButton(1); }), 1);
         ASSERT_EQ(dialog.grid().GetLoadedRows(), 2);
 
         const ZelImportWTDlg::Rows& chosen = dialog.GetChosenRows(false);

@@ -1,99 +1,99 @@
 // The set wire type dialog, opened by (zel_wire_type_sel "1") and worked with the mouse and
 // the keyboard over a drawing with wire types.
 
-#include "WireTypeDialogTest.h"
+#include "support/ZelUiTest.h"
 
 namespace {
 
 const QStringList kWireTypes = {"BLU_1.0", "RED_1.5", "YEL_2.5"};
 
-class SetWTDlgTest : public WireTypeDialogTest {};
+class SetWTDlgTest : public ZelUiTest {
+protected:
+    OvDbDatabase* drawing(bool makeAllValid = false) {
+        OvDbDatabase* database = wireTypeDrawing(
+            kWireTypes,
+            {.lookFromNames = true, .current = "BLU_1.0", .makeAllValid = makeAllValid});
+        defineFunctions();
+        return database;
+    }
+};
 
 TEST_F(SetWTDlgTest, OkWithAChosenRowAnswersItAndMakesItCurrent) {
-    OvDbDatabase* database = wireTypeDrawing(kWireTypes, "BLU_1.0");
-    bool okBeforeChoice = true;
-    bool okAfterChoice = false;
-    QString title;
+    OvDbDatabase* database = drawing();
     const QString answer =
         runWith("(zel_wire_type_sel \"1\")", {[&](platform::TemplateDialog& dialog) {
-                    title = dialog.windowTitle();
-                    okBeforeChoice = dialog.IsDlgItemEnabled(1);
-                    clickCell(dialog, rowOf(dialog, "RED_1.5"), 3);
-                    okAfterChoice = dialog.IsDlgItemEnabled(1);
-                    clickButton(dialog, 1);
+                    EXPECT_EQ(dialog.windowTitle(), moduleString(165));
+                    EXPECT_FALSE(dialog.IsDlgItemEnabled(1)) << "OK before any row was chosen";
+                    clickCell(rowOf("RED_1.5"), 3);
+                    clickButton(1);
                 }});
     EXPECT_EQ(answer, R"(("RED_1.5" "0" "0" "1" "0"))");
-    EXPECT_EQ(title, moduleString(165));
-    EXPECT_FALSE(okBeforeChoice) << "OK before any row was chosen";
-    EXPECT_TRUE(okAfterChoice);
     // The default stays, the chosen row becomes current and the stored format is kept.
     EXPECT_EQ(currentRecord(database).section(u'|', 0, 2), "BLU_1.0|RED_1.5|%C_%S");
 }
 
 TEST_F(SetWTDlgTest, OkStoresMakeAllValidAsOffSinceThisDialogLeavesTheBoxAlone) {
-    OvDbDatabase* database = wireTypeDrawing(kWireTypes, "BLU_1.0", true);
+    OvDbDatabase* database = drawing(true);
     ASSERT_TRUE(currentRecord(database).endsWith("|1")) << currentRecord(database).toStdString();
-    const QString answer =
-        runWith("(zel_wire_type_sel \"1\")", {[&](platform::TemplateDialog& dialog) {
-                    clickCell(dialog, rowOf(dialog, "YEL_2.5"), 5);
-                    clickButton(dialog, 1);
-                }});
+    const QString answer = runWith("(zel_wire_type_sel \"1\")", {[&](platform::TemplateDialog&) {
+                                       clickCell(rowOf("YEL_2.5"), 5);
+                                       clickButton(1);
+                                   }});
     EXPECT_EQ(answer, R"(("YEL_2.5" "0" "0" "1" "0"))");
     EXPECT_EQ(currentRecord(database), "BLU_1.0|YEL_2.5|%C_%S|0");
 }
 
-TEST_F(SetWTDlgTest, ARowChosenByItsHeaderIsAChoiceToo) {
-    OvDbDatabase* database = wireTypeDrawing(kWireTypes, "BLU_1.0");
-    const QString answer =
-        runWith("(zel_wire_type_sel \"1\")", {[&](platform::TemplateDialog& dialog) {
-                    clickRowHeader(dialog, rowOf(dialog, "RED_1.5"));
-                    clickButton(dialog, 1);
-                }});
-    EXPECT_EQ(answer, R"(("RED_1.5" "0" "0" "1" "0"))");
-    EXPECT_EQ(currentLayer(database), "RED_1.5");
-}
-
-TEST_F(SetWTDlgTest, DoubleClickOnARowIsAnOk) {
-    OvDbDatabase* database = wireTypeDrawing(kWireTypes, "BLU_1.0");
-    const QString answer =
-        runWith("(zel_wire_type_sel \"1\")", {[&](platform::TemplateDialog& dialog) {
-                    doubleClickCell(dialog, rowOf(dialog, "YEL_2.5"), 4);
-                }});
-    EXPECT_EQ(answer, R"(("YEL_2.5" "0" "0" "1" "0"))");
-    EXPECT_EQ(currentLayer(database), "YEL_2.5");
+TEST_F(SetWTDlgTest, ARowHeaderIsAChoiceTooAndADoubleClickIsAnOk) {
+    OvDbDatabase* database = drawing();
+    const struct {
+        QString layer;
+        std::function<void()> choose;
+    } ways[] = {
+        {"RED_1.5",
+         [&] {
+             clickRowHeader(rowOf("RED_1.5"));
+             clickButton(1);
+         }},
+        {"YEL_2.5", [&] { doubleClickCell(rowOf("YEL_2.5"), 4); }},
+    };
+    for (const auto& way : ways) {
+        SCOPED_TRACE(way.layer.toStdString());
+        EXPECT_EQ(runWith("(zel_wire_type_sel \"1\")",
+                          {[&](platform::TemplateDialog&) { way.choose(); }}),
+                  QStringLiteral(R"(("%1" "0" "0" "1" "0"))").arg(way.layer));
+        EXPECT_EQ(currentLayer(database), way.layer);
+    }
 }
 
 TEST_F(SetWTDlgTest, CancelAndEscAnswerNilAndLeaveTheDrawingAlone) {
-    OvDbDatabase* database = wireTypeDrawing(kWireTypes, "BLU_1.0");
+    OvDbDatabase* database = drawing();
     const QString before = currentRecord(database);
-    EXPECT_EQ(runWith("(zel_wire_type_sel \"1\")", {[&](platform::TemplateDialog& dialog) {
-                          clickCell(dialog, rowOf(dialog, "RED_1.5"), 3);
-                          clickButton(dialog, 2);
+    EXPECT_EQ(runWith("(zel_wire_type_sel \"1\")", {[&](platform::TemplateDialog&) {
+                          clickCell(rowOf("RED_1.5"), 3);
+                          clickButton(2);
                       }}),
               "nil");
-    EXPECT_EQ(runWith("(zel_wire_type_sel \"1\")", {[&](platform::TemplateDialog& dialog) {
-                          clickCell(dialog, rowOf(dialog, "RED_1.5"), 3);
-                          pressKey(dialog, Qt::Key_Escape);
+    EXPECT_EQ(runWith("(zel_wire_type_sel \"1\")", {[&](platform::TemplateDialog&) {
+                          clickCell(rowOf("RED_1.5"), 3);
+                          key(Qt::Key_Escape);
                       }}),
               "nil");
     EXPECT_EQ(currentRecord(database), before);
 }
 
-TEST_F(SetWTDlgTest, WithoutAChoiceOkAndEnterKeepTheDialogOpen) {
-    wireTypeDrawing(kWireTypes, "BLU_1.0");
-    bool stillOpen = false;
+// OK itself is greyed until a choice (above); Enter must not go round it.
+TEST_F(SetWTDlgTest, WithoutAChoiceEnterKeepsTheDialogOpen) {
+    drawing();
     const QString answer =
         runWith("(zel_wire_type_sel \"1\")", {[&](platform::TemplateDialog& dialog) {
-                    clickButton(dialog, 1);
-                    pressKey(dialog, Qt::Key_Return);
-                    stillOpen = dialog.isVisible();
+                    key(Qt::Key_Return);
+                    EXPECT_TRUE(dialog.isVisible());
                     // F1 and Help show the dialog's page.
-                    pressKey(dialog, Qt::Key_F1);
-                    clickButton(dialog, 1013);
-                    clickButton(dialog, 2);
+                    key(Qt::Key_F1);
+                    clickButton(1013);
+                    clickButton(2);
                 }});
     EXPECT_EQ(answer, "nil");
-    EXPECT_TRUE(stillOpen);
     EXPECT_EQ(output().count("set_wire_type_dialog"), 2) << output().toStdString();
 }
 

@@ -1,6 +1,6 @@
 // The property names dialog as the add-on opens it through zel_rename_wire_properties.
 
-#include "ImpDlgTest.h"
+#include "support/ZelUiTest.h"
 
 #include "dialogs/ZelWirePropDlg.h"
 
@@ -11,7 +11,14 @@
 
 namespace {
 
-using WirePropDialogTest = ImpDlgTest;
+class WirePropDialogTest : public ZelUiTest {
+protected:
+    void SetUp() override {
+        ZelUiTest::SetUp();
+        ASSERT_NE(newDocument(), nullptr);
+        defineFunctions(true);
+    }
+};
 
 QString call(const QString& list) {
     QString quoted = list;
@@ -25,87 +32,89 @@ QString text(const QString& value) {
     return inner.replace("\\\"", "\"");
 }
 
-ZelPropGrid& grid(platform::TemplateDialog& dialog) {
+ZelPropGrid& propGrid(platform::TemplateDialog& dialog) {
     return dynamic_cast<ZelWirePropDlg&>(dialog).grid();
 }
 
 TEST_F(WirePropDialogTest, AQuotedNameWithACommaComesBackAsItWent) {
     const QString value =
-        runWithDialog(call("Insulation,\"Rating, max\",Temp"), [](platform::TemplateDialog& d) {
-            ZelPropGrid& names = grid(d);
-            EXPECT_EQ(names.GetRowCount(), 20);
-            EXPECT_EQ(cell(names, 1, 1), moduleString(107) + "1");
-            EXPECT_EQ(cell(names, 20, 1), moduleString(107) + "20");
-            EXPECT_EQ(cell(names, 2, 2), "Rating, max");
-            EXPECT_EQ(cell(names, 3, 2), "Temp");
-            EXPECT_EQ(d.windowTitle(), moduleString(158));
-            click(d, 1);
-        });
+        runWith(call("Insulation,\"Rating, max\",Temp"), {[](platform::TemplateDialog& d) {
+                    ZelPropGrid& names = propGrid(d);
+                    EXPECT_EQ(names.GetRowCount(), 20);
+                    EXPECT_EQ(cell(names, 1, 1), moduleString(107) + "1");
+                    EXPECT_EQ(cell(names, 20, 1), moduleString(107) + "20");
+                    EXPECT_EQ(cell(names, 2, 2), "Rating, max");
+                    EXPECT_EQ(cell(names, 3, 2), "Temp");
+                    EXPECT_EQ(d.windowTitle(), moduleString(158));
+                    clickButton(d, 1);
+                }});
     // The empty names after the last one still keep their places.
     EXPECT_EQ(text(value), "Insulation,\"Rating, max\",Temp" + QString(17, u','));
 }
 
 TEST_F(WirePropDialogTest, LeadingEmptyNamesVanishAndInnerOnesKeepTheirPlace) {
-    QString value = runWithDialog(call(""), [](platform::TemplateDialog& d) {
-        clickCell(grid(d), 3, 2);
-        typeText("X");
-        key(Qt::Key_Return);
-        click(d, 1);
-    });
+    QString value = runWith(call(""), {[](platform::TemplateDialog& d) {
+                                clickCell(propGrid(d), 3, 2);
+                                typeText("X");
+                                key(Qt::Key_Return);
+                                clickButton(d, 1);
+                            }});
     EXPECT_EQ(text(value), "X" + QString(17, u','));
 
-    value = runWithDialog(call("A,B,C"), [](platform::TemplateDialog& d) {
-        clickCell(grid(d), 2, 2);
-        key(Qt::Key_Delete);
-        click(d, 1);
-    });
+    value = runWith(call("A,B,C"), {[](platform::TemplateDialog& d) {
+                        clickCell(propGrid(d), 2, 2);
+                        key(Qt::Key_Delete);
+                        clickButton(d, 1);
+                    }});
     EXPECT_EQ(text(value), "A,,C" + QString(17, u','));
 }
 
 TEST_F(WirePropDialogTest, CancelGivesBackTheListAsItCame) {
     const QString list = "one,\"two, three\",,four,\"unclosed";
-    const QString value = runWithDialog(call(list), [](platform::TemplateDialog& d) {
-        clickCell(grid(d), 1, 2);
-        typeText("changed");
-        key(Qt::Key_Return);
-        EXPECT_EQ(cell(grid(d), 1, 2), "changed");
-        click(d, 2);
-    });
+    const QString value = runWith(call(list), {[](platform::TemplateDialog& d) {
+                                      clickCell(propGrid(d), 1, 2);
+                                      typeText("changed");
+                                      key(Qt::Key_Return);
+                                      EXPECT_EQ(cell(propGrid(d), 1, 2), "changed");
+                                      clickButton(d, 2);
+                                  }});
     EXPECT_EQ(text(value), list);
 }
 
 TEST_F(WirePropDialogTest, EnterWalksTheNamesRoundAndAPasteKeepsTwentyRows) {
-    runWithDialog(call("A"), [](platform::TemplateDialog& d) {
-        ZelPropGrid& names = grid(d);
-        int row = 0;
-        int col = 0;
-        ASSERT_TRUE(names.GetCurrentCell(row, col));
-        EXPECT_EQ(std::make_pair(row, col), std::make_pair(1, 2)) << "the first name is ready";
-        key(Qt::Key_Return, Qt::ShiftModifier);
-        names.GetCurrentCell(row, col);
-        EXPECT_EQ(std::make_pair(row, col), std::make_pair(20, 2));
-        key(Qt::Key_Return);
-        names.GetCurrentCell(row, col);
-        EXPECT_EQ(std::make_pair(row, col), std::make_pair(1, 2));
-        EXPECT_TRUE(d.isVisible()) << "Enter moves in the grid and does not close the dialog";
+    runWith(call("A"), {[](platform::TemplateDialog& d) {
+                ZelPropGrid& names = propGrid(d);
+                int row = 0;
+                int col = 0;
+                ASSERT_TRUE(names.GetCurrentCell(row, col));
+                EXPECT_EQ(std::make_pair(row, col), std::make_pair(1, 2))
+                    << "the first name is ready";
+                key(Qt::Key_Return, Qt::ShiftModifier);
+                names.GetCurrentCell(row, col);
+                EXPECT_EQ(std::make_pair(row, col), std::make_pair(20, 2));
+                key(Qt::Key_Return);
+                names.GetCurrentCell(row, col);
+                EXPECT_EQ(std::make_pair(row, col), std::make_pair(1, 2));
+                EXPECT_TRUE(d.isVisible())
+                    << "Enter moves in the grid and does not close the dialog";
 
-        // Lines past the twentieth name have nowhere to go.
-        QStringList lines;
-        for (int i = 1; i <= 25; ++i)
-            lines << "P" + QString::number(i);
-        QApplication::clipboard()->setText(lines.join('\n'));
-        clickCell(names, 18, 2);
-        key(Qt::Key_V, Qt::ControlModifier);
-        EXPECT_EQ(names.GetRowCount(), 20);
-        EXPECT_EQ(cell(names, 20, 2), "P3");
-        EXPECT_EQ(cell(names, 20, 1), moduleString(107) + "20");
-        // The labels are not names: a paste onto them pastes nothing.
-        clickCell(names, 5, 1);
-        key(Qt::Key_V, Qt::ControlModifier);
-        EXPECT_EQ(cell(names, 5, 1), moduleString(107) + "5");
-        EXPECT_EQ(cell(names, 5, 2), "");
-        click(d, 2);
-    });
+                // Lines past the twentieth name have nowhere to go.
+                QStringList lines;
+                for (int i = 1; i <= 25; ++i)
+                    lines << "P" + QString::number(i);
+                QApplication::clipboard()->setText(lines.join('\n'));
+                clickCell(names, 18, 2);
+                key(Qt::Key_V, Qt::ControlModifier);
+                EXPECT_EQ(names.GetRowCount(), 20);
+                EXPECT_EQ(cell(names, 20, 2), "P3");
+                EXPECT_EQ(cell(names, 20, 1), moduleString(107) + "20");
+                // The labels are not names: a paste onto them pastes nothing.
+                clickCell(names, 5, 1);
+                key(Qt::Key_V, Qt::ControlModifier);
+                EXPECT_EQ(cell(names, 5, 1), moduleString(107) + "5");
+                EXPECT_EQ(cell(names, 5, 2), "");
+                clickButton(d, 2);
+            }});
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 // The set and edit twin of the create and edit dialog: edits, then hands back the chosen
 // wire type as five strings, by OK or as a change of existing wires.
 
-#include "DialogTest.h"
+#include "support/ZelUiTest.h"
 
 #include "dialogs/ZelWireTypeSelDlg.h"
 #include "grid/ZelWTGrid.h"
@@ -15,7 +15,7 @@
 #include <QClipboard>
 #include <QFile>
 
-using WireTypeSelDlgTest = DialogTest;
+using WireTypeSelDlgTest = ZelUiTest;
 
 namespace {
 
@@ -26,7 +26,7 @@ QString resultText(const resbuf* result) {
 } // namespace
 
 TEST_F(WireTypeSelDlgTest, OkMakesTheChoiceCurrentOnlyWhenAskedAndChangeWiresNever) {
-    OvDbDatabase* database = wireTypeDrawing({"BLUE_1", "RED_1"});
+    OvDbDatabase* database = wireTypeDrawing({"BLUE_1", "RED_1"}, {.saved = true});
     const QString before = clayerName(database);
     ASSERT_NE(before, "RED_1");
 
@@ -55,7 +55,7 @@ TEST_F(WireTypeSelDlgTest, OkMakesTheChoiceCurrentOnlyWhenAskedAndChangeWiresNev
 }
 
 TEST_F(WireTypeSelDlgTest, CancelAfterADeleteAsksNothingAndKeepsTheLayer) {
-    wireTypeDrawing({"BLUE_1", "RED_1"});
+    wireTypeDrawing({"BLUE_1", "RED_1"}, {.saved = true});
     const int result = runSelDialog([&] {
         clickRowHeader(2);
         contextMenu(2, 5, 40028);
@@ -65,13 +65,12 @@ TEST_F(WireTypeSelDlgTest, CancelAfterADeleteAsksNothingAndKeepsTheLayer) {
     EXPECT_EQ(result, platform::TemplateDialog::IDCANCEL);
     EXPECT_TRUE(messages().shown().empty());
     EXPECT_EQ(selDialog().GetResult(), nullptr);
-    OvDbDatabase saved(false, true);
-    saveAndReadBack(saved);
-    EXPECT_FALSE(wireRecord(&saved, "RED_1").isEmpty());
+    OvDbDatabase* saved = savedDrawing();
+    EXPECT_FALSE(wireRecord(saved, "RED_1").isEmpty());
 }
 
 TEST_F(WireTypeSelDlgTest, CopyGoesToTheCopyFileAndLeavesTheClipboardAlone) {
-    wireTypeDrawing({"BLUE_1", "RED_1"});
+    wireTypeDrawing({"BLUE_1", "RED_1"}, {.saved = true});
     QApplication::clipboard()->setText("untouched");
     const QString copyFile = ZelWTGrid::CopyFilePath();
     QFile::remove(copyFile);
@@ -89,7 +88,7 @@ TEST_F(WireTypeSelDlgTest, CopyGoesToTheCopyFileAndLeavesTheClipboardAlone) {
 }
 
 TEST_F(WireTypeSelDlgTest, SetOnlyKeepsTheChangeOptionsOffAndOkStillWorks) {
-    wireTypeDrawing({"BLUE_1", "RED_1"});
+    wireTypeDrawing({"BLUE_1", "RED_1"}, {.saved = true});
     const int result = runSelDialog(
         [&] {
             clickCell(1, 5);

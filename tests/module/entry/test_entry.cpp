@@ -48,14 +48,7 @@ protected:
     }
 };
 
-const QStringList kLispFunctions = {"zel_wire_type_sel",           "zel_get_current_wiretype",
-                                    "zel_reset_current_wiretype",  "zel_get_wiretype_settings",
-                                    "zel_query_wiretype",          "zel_add_wiretype",
-                                    "zel_edit_wiretype",           "zel_rename_wire_properties",
-                                    "zel_set_current_wiretype",    "zel_get_active_dwg_wiretype",
-                                    "zel_remove_wiretype",         "zel_set_default_wiretype",
-                                    "zel_get_default_wiretype",    "zel_get_dwg_wiretype_settings",
-                                    "zel_get_wiretype_layer_info", "zel_invoke_importwt_dlg"};
+const QStringList kLispFunctions = ZelTestHost::moduleFunctionNames();
 
 OvEdCommandStack* commandStack() {
     return OvEdCommandStack::cast(ovrxSysRegistry()->at(L"ORVEX_REGISTERED_COMMANDS"));

@@ -1,47 +1,52 @@
 #pragma once
 
 #include "GridTestOwner.h"
-#include "support/ZelTestHost.h"
+#include "support/ZelUiTest.h"
 
-#include <QString>
+#include <QTest>
 
 #include <memory>
 
-// A running host with a drawing, and a dialog of template 101 around a wire type grid,
-// worked with mouse and key events the way a drafter works it.
-class GridTest : public ZelTestHost {
+// A dialog of template 101 around a wire type grid, shown without a modal loop over the
+// current drawing, worked with mouse and key events the way a drafter works it. A project
+// that does not hold the drawing gives the default property names.
+class GridTest : public ZelUiTest {
 protected:
-    void SetUp() override;
-    void TearDown() override;
+    void SetUp() override {
+        ZelUiTest::SetUp();
+        openDefaultNamesProject();
+    }
+    void TearDown() override {
+        m_owner.reset();
+        ZelUiTest::TearDown();
+    }
 
-    // A saved drawing with the layer PLAIN and these wire types, added by the store in
-    // order with the values given and the stored rows given (0 when there are fewer).
-    OvDbDatabase* wireTypeDrawing(const QStringList& names, const std::vector<QString>& values = {},
-                                  const std::vector<int>& gridRows = {});
     // Opens the dialog over the current drawing; the grid loads its wire types.
-    GridTestOwner& openOwner(bool makeAllValid = false, bool editMode = true);
+    GridTestOwner& openOwner(bool makeAllValid = false, bool editMode = true) {
+        m_owner = std::make_unique<GridTestOwner>(makeAllValid, editMode);
+        EXPECT_TRUE(m_owner->openGrid());
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(m_owner.get()));
+        QApplication::setActiveWindow(m_owner.get());
+        m_owner->grid().setFocus();
+        m_active = m_owner.get();
+        m_grid = &m_owner->grid();
+        settle();
+        return *m_owner;
+    }
     GridTestOwner& owner() { return *m_owner; }
-    ZelWTGrid& grid() { return m_owner->grid(); }
-
-    // Lets posted messages and pending repaints run.
-    static void settle();
-    void clickCell(int row, int col, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
-    void clickRowHeader(int row, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
-    void doubleClickColumnHeader(int col);
-    // Keys and text go to the widget with the focus, as a keyboard's do.
-    void key(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
-    void typeText(const QString& text);
-    // Clicks a cell, types the text and leaves the cell with Tab.
-    void typeInto(int row, int col, const QString& text);
-    void clickButton(int id);
+    // Leaves the open cell for a row other than the blank one and presses OK; true when the
+    // commit went through and closed the dialog.
+    bool commitAtOk() {
+        clickCell(1, 3);
+        clickButton(1);
+        EXPECT_TRUE(m_owner->closed()) << "commit " << m_owner->lastCommit();
+        return m_owner->closed();
+    }
     // Right-clicks a cell and picks `command` from the menu that comes up.
-    void chooseFromContextMenu(int row, int col, int command);
-
-    QString cell(int row, int col) const;
-    std::pair<int, int> currentCell() const;
-    const WireLayerRec* rowRecord(int row) const;
-    // Layer names of the grid's rows 1 to the wire type rows.
-    QStringList gridNames() const;
+    void chooseFromContextMenu(int row, int col, int command) {
+        EXPECT_TRUE(contextMenu(row, col, command).contains(QString::number(command)))
+            << "command " << command << " was not offered";
+    }
 
 private:
     std::unique_ptr<GridTestOwner> m_owner;

@@ -30,8 +30,7 @@ QColor background(ZelWTGrid& grid, int row, int col) {
 }
 
 TEST_F(GridCommitTest, LoadKeepsStoredOrderClosesGapsAndColoursTheRows) {
-    openDefaultNamesProject();
-    OvDbDatabase* database = wireTypeDrawing({"W_LATE", "W_EARLY"}, {}, {7, 3});
+    OvDbDatabase* database = wireTypeDrawing({"W_LATE", "W_EARLY"}, {.gridRows = {7, 3}});
     setCurrentRecord(database, "W_LATE", "W_LATE");
     openOwner(false, false);
 
@@ -58,7 +57,6 @@ TEST_F(GridCommitTest, LoadKeepsStoredOrderClosesGapsAndColoursTheRows) {
 }
 
 TEST_F(GridCommitTest, RowsWithoutStoredPlacesComeByNameAndACommitStoresTheSortedRows) {
-    openDefaultNamesProject();
     wireTypeDrawing({"W_C", "W_A", "W_B"});
     openOwner();
     ASSERT_EQ(gridNames(), QStringList({"W_A", "W_B", "W_C"}));
@@ -69,9 +67,7 @@ TEST_F(GridCommitTest, RowsWithoutStoredPlacesComeByNameAndACommitStoresTheSorte
     // Only the wire types move: the blank row stays last.
     EXPECT_EQ(cell(4, 5), "");
 
-    clickCell(1, 3);
-    clickButton(1);
-    ASSERT_TRUE(owner().closed());
+    ASSERT_TRUE(commitAtOk());
     ZelWireTypeRec reread;
     EXPECT_EQ(record(reread, "W_C")->gridRow, 1);
     EXPECT_EQ(record(reread, "W_B")->gridRow, 2);
@@ -79,8 +75,7 @@ TEST_F(GridCommitTest, RowsWithoutStoredPlacesComeByNameAndACommitStoresTheSorte
 }
 
 TEST_F(GridCommitTest, ARowDraggedToAnotherPlaceIsStoredThere) {
-    openDefaultNamesProject();
-    wireTypeDrawing({"W_A", "W_B", "W_C"}, {}, {1, 2, 3});
+    wireTypeDrawing({"W_A", "W_B", "W_C"}, {.gridRows = {1, 2, 3}});
     openOwner();
     ASSERT_EQ(gridNames(), QStringList({"W_A", "W_B", "W_C"}));
 
@@ -102,9 +97,7 @@ TEST_F(GridCommitTest, ARowDraggedToAnotherPlaceIsStoredThere) {
     settle();
     ASSERT_EQ(gridNames(), QStringList({"W_C", "W_A", "W_B"}));
 
-    clickCell(1, 3);
-    clickButton(1);
-    ASSERT_TRUE(owner().closed());
+    ASSERT_TRUE(commitAtOk());
     ZelWireTypeRec reread;
     EXPECT_EQ(record(reread, "W_C")->gridRow, 1);
     EXPECT_EQ(record(reread, "W_A")->gridRow, 2);
@@ -112,7 +105,6 @@ TEST_F(GridCommitTest, ARowDraggedToAnotherPlaceIsStoredThere) {
 }
 
 TEST_F(GridCommitTest, APasteBelowTheLastRowGrowsTheGridAndMakesWireTypes) {
-    openDefaultNamesProject();
     wireTypeDrawing({"W_A"});
     openOwner();
     ASSERT_EQ(grid().GetRowCount(), 2);
@@ -126,9 +118,7 @@ TEST_F(GridCommitTest, APasteBelowTheLastRowGrowsTheGridAndMakesWireTypes) {
     EXPECT_FALSE(grid().IsRowHidden(3));
     EXPECT_FALSE(grid().IsRowHidden(4));
 
-    clickCell(1, 3);
-    clickButton(1);
-    ASSERT_TRUE(owner().closed());
+    ASSERT_TRUE(commitAtOk());
     ZelWireTypeRec reread;
     const WireLayerRec* yellow = record(reread, "YELLOW_4");
     ASSERT_NE(yellow, nullptr);
@@ -138,7 +128,6 @@ TEST_F(GridCommitTest, APasteBelowTheLastRowGrowsTheGridAndMakesWireTypes) {
 }
 
 TEST_F(GridCommitTest, RemoveIsOfferedOnlyWhenNoRemainingRowNeedsThePattern) {
-    openDefaultNamesProject();
     wireTypeDrawing({"DEF", "WIRE_A", "WIRE_B", "OTHER"});
     ASSERT_EQ(wireLays(), "DEF*,WIR*,OTH*");
     openOwner();
@@ -161,8 +150,7 @@ TEST_F(GridCommitTest, RemoveIsOfferedOnlyWhenNoRemainingRowNeedsThePattern) {
 }
 
 TEST_F(GridCommitTest, ADuplicateNameStopsTheCommitInItsRow) {
-    openDefaultNamesProject();
-    OvDbDatabase* database = wireTypeDrawing({"W_A", "W_B"});
+    wireTypeDrawing({"W_A", "W_B"});
     openOwner();
     typeInto(3, 5, "w_a");
     typeInto(3, 3, "RED");
@@ -180,11 +168,9 @@ TEST_F(GridCommitTest, ADuplicateNameStopsTheCommitInItsRow) {
     ZelWireTypeRec reread;
     EXPECT_EQ(record(reread, "W_A")->wireColor, "") << "the duplicate wrote nothing";
     EXPECT_NE(record(reread, "W_B"), nullptr);
-    (void)database;
 }
 
 TEST_F(GridCommitTest, UntickingEveryLayerModeWithNoRowsLeavesOneDefaultWireType) {
-    openDefaultNamesProject();
     OvDbDatabase* database = wireTypeDrawing({"W_A", "W_B"});
     setCurrentRecord(database, "W_A", "W_A", true);
     openOwner(true);
@@ -205,7 +191,6 @@ TEST_F(GridCommitTest, UntickingEveryLayerModeWithNoRowsLeavesOneDefaultWireType
 }
 
 TEST_F(GridCommitTest, SavedWidthsComeBackExceptTheInUseColumn) {
-    openDefaultNamesProject();
     wireTypeDrawing({"W_A"});
     openOwner();
     QHeaderView* header = grid().horizontalHeader();
@@ -227,9 +212,7 @@ TEST_F(GridCommitTest, SavedWidthsComeBackExceptTheInUseColumn) {
     const int colourWidth = grid().GetColWidth(3);
     ASSERT_GT(colourWidth, 100);
 
-    clickCell(1, 3);
-    clickButton(1);
-    ASSERT_TRUE(owner().closed());
+    ASSERT_TRUE(commitAtOk());
     const QString path =
         OvDbHostApplicationServices::getRefPtr()->getRegistryProductRootKey() + "\\Settings\\WTS";
     platform::SettingsKey key;

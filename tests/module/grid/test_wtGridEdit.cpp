@@ -13,7 +13,6 @@ namespace {
 using GridEditTest = GridTest;
 
 TEST_F(GridEditTest, TypedColourAndSizeNameANewRowOnlyUntilTheDrafterNamesIt) {
-    openDefaultNamesProject();
     OvDbDatabase* database = wireTypeDrawing({"W_BLUE"});
     openOwner();
     ASSERT_EQ(grid().GetWireTypeRows(), 1);
@@ -39,9 +38,7 @@ TEST_F(GridEditTest, TypedColourAndSizeNameANewRowOnlyUntilTheDrafterNamesIt) {
     typeInto(4, 5, "FOURTH");
     EXPECT_EQ(cell(4, 26), "LAST");
 
-    clickCell(1, 3);
-    clickButton(1);
-    ASSERT_TRUE(owner().closed()) << owner().lastCommit();
+    ASSERT_TRUE(commitAtOk());
 
     ZelWireTypeRec reread;
     const WireLayerRec* made = record(reread, "RED_1.5");
@@ -65,7 +62,6 @@ TEST_F(GridEditTest, TypedColourAndSizeNameANewRowOnlyUntilTheDrafterNamesIt) {
 }
 
 TEST_F(GridEditTest, EmptyingALoadedNameIsRefusedAndTheCursorGoesBack) {
-    openDefaultNamesProject();
     OvDbDatabase* database = wireTypeDrawing({"W_A", "W_B"});
     openOwner();
     ASSERT_EQ(gridNames(), QStringList({"W_A", "W_B"}));
@@ -94,11 +90,10 @@ TEST_F(GridEditTest, EmptyingALoadedNameIsRefusedAndTheCursorGoesBack) {
 }
 
 TEST_F(GridEditTest, ARemovedRowRevivedByItsNameKeepsItsKeyAndCommitsAsAnEdit) {
-    openDefaultNamesProject();
     std::vector<QString> values;
     for (int i = 1; i <= 20; ++i)
         values.push_back(QStringLiteral("v%1").arg(i));
-    OvDbDatabase* database = wireTypeDrawing({"W_A", "W_B"}, values);
+    OvDbDatabase* database = wireTypeDrawing({"W_A", "W_B"}, {.values = values});
     ZelTestDrawing::addLine(database, "W_B");
     openOwner();
     ASSERT_EQ(gridNames(), QStringList({"W_A", "W_B"}));
@@ -128,7 +123,6 @@ TEST_F(GridEditTest, ARemovedRowRevivedByItsNameKeepsItsKeyAndCommitsAsAnEdit) {
 }
 
 TEST_F(GridEditTest, EmptyingEveryCellOfANewRowTakesTheRowOut) {
-    openDefaultNamesProject();
     wireTypeDrawing({"W_A"});
     openOwner();
     typeInto(2, 3, "RED");
@@ -147,7 +141,6 @@ TEST_F(GridEditTest, EmptyingEveryCellOfANewRowTakesTheRowOut) {
 }
 
 TEST_F(GridEditTest, EnterWalksRightAndWrapsToTheWireColourOfTheNextRow) {
-    openDefaultNamesProject();
     wireTypeDrawing({"W_A", "W_B"});
     openOwner();
     clickCell(1, 25);
@@ -168,7 +161,6 @@ using GridRowsTest = GridTest;
 // Rows that come from outside the grid: a wire type of another drawing, and existing
 // layers. The dialog calls these after its import and add-layer steps.
 TEST_F(GridRowsTest, RowsFromAnotherDrawingAreAddedOrMergedByName) {
-    openDefaultNamesProject();
     makeDrawing({}, QString(), "other.dwg");
     const QString other = tempPath("other.dwg");
     {
@@ -206,9 +198,7 @@ TEST_F(GridRowsTest, RowsFromAnotherDrawingAreAddedOrMergedByName) {
 
     EXPECT_FALSE(grid().AddOrMergeRow(fields, tempPath("missing.dwg"), true, true));
 
-    clickCell(1, 3);
-    clickButton(1);
-    ASSERT_TRUE(owner().closed());
+    ASSERT_TRUE(commitAtOk());
     ZelWireTypeRec reread;
     const WireLayerRec* imported = record(reread, "IMP_NEW");
     ASSERT_NE(imported, nullptr);
@@ -219,7 +209,6 @@ TEST_F(GridRowsTest, RowsFromAnotherDrawingAreAddedOrMergedByName) {
 }
 
 TEST_F(GridRowsTest, ExistingLayersBecomeRowsAndAPatternOfNothingIsTold) {
-    openDefaultNamesProject();
     OvDbDatabase* database = wireTypeDrawing({"W_A"});
     ZelTestDrawing::addLayer(database, "CTRL_24V", 1);
     ZelTestDrawing::addLine(database, "CTRL_24V");
@@ -237,9 +226,7 @@ TEST_F(GridRowsTest, ExistingLayersBecomeRowsAndAPatternOfNothingIsTold) {
     EXPECT_EQ(rowRecord(2)->color.colorIndex(), 1);
     EXPECT_EQ(currentCell(), std::make_pair(1, 5)) << "the cursor goes to the last row before";
 
-    clickCell(1, 3);
-    clickButton(1);
-    ASSERT_TRUE(owner().closed());
+    ASSERT_TRUE(commitAtOk());
     ZelWireTypeRec reread;
     EXPECT_NE(record(reread, "CTRL_24V"), nullptr);
     EXPECT_EQ(reread.GetWireCount("CTRL_24V"), 1);

@@ -21,7 +21,6 @@ bool readOnly(ZelWTGrid& grid, int row, int col) {
 }
 
 TEST_F(GridPasteTest, RowsPastedWithTheirNamesGrowTheGridAndTakeAnExistingLayersLook) {
-    openDefaultNamesProject();
     OvDbDatabase* database = wireTypeDrawing({"W_A"});
     ZelTestDrawing::addLayer(database, "PUMP", 3);
     ZelTestDrawing::addLine(database, "PUMP");
@@ -49,9 +48,7 @@ TEST_F(GridPasteTest, RowsPastedWithTheirNamesGrowTheGridAndTakeAnExistingLayers
     ASSERT_NE(rowRecord(3), nullptr);
     EXPECT_EQ(rowRecord(3)->color.colorIndex(), 3);
 
-    clickCell(1, 3);
-    clickButton(1);
-    ASSERT_TRUE(owner().closed()) << owner().lastCommit();
+    ASSERT_TRUE(commitAtOk());
     ZelWireTypeRec reread;
     const WireLayerRec* red = record(reread, "RED_MAIN");
     ASSERT_NE(red, nullptr);
@@ -70,7 +67,6 @@ TEST_F(GridPasteTest, RowsPastedWithTheirNamesGrowTheGridAndTakeAnExistingLayers
 using GridSelectTest = GridTest;
 
 TEST_F(GridSelectTest, ShiftAndTheArrowsSelectRowsAndTheButtonsFollow) {
-    openDefaultNamesProject();
     OvDbDatabase* database = wireTypeDrawing({"W_A", "W_B", "W_C"});
     setCurrentRecord(database, "W_A", "W_A");
     openOwner();
@@ -106,7 +102,6 @@ using GridProjectCellTest = GridTest;
 
 TEST_F(GridProjectCellTest, ANamedCellOpensForEditingOnlyInADrawingOfTheProject) {
     // Not in the project: the command leaves the name closed.
-    openDefaultNamesProject();
     wireTypeDrawing({"W_A"});
     openOwner();
     typeInto(2, 3, "RED");
@@ -137,9 +132,7 @@ TEST_F(GridProjectCellTest, ANamedCellOpensForEditingOnlyInADrawingOfTheProject)
     key(Qt::Key_Tab);
     EXPECT_EQ(cell(1, 5), "W_NEW");
     EXPECT_TRUE(readOnly(grid(), 1, 5)) << "leaving the cell closes it again";
-    clickCell(1, 3);
-    clickButton(1);
-    ASSERT_TRUE(owner().closed()) << owner().lastCommit();
+    ASSERT_TRUE(commitAtOk());
     ZelWireTypeRec reread;
     EXPECT_NE(record(reread, "W_NEW"), nullptr);
     EXPECT_EQ(record(reread, "W_A"), nullptr);

@@ -1,14 +1,11 @@
 // The module's LISP read and write functions, called from LISP as the add-on calls them.
 
-#include "lisp/ZelLispFunctions.h"
 #include "shell/ResourceOverride.h"
 #include "store/ZelWireTypeRec.h"
 #include "support/ZelTestDrawing.h"
 #include "support/ZelTestHost.h"
-#include "support/ZelTestProject.h"
 
 #include "ovcore/OvApDocManager.h"
-#include "ovcore/oved.h"
 #include "ovdb/ovdb.h"
 #include "platform/Resources.h"
 #include "zeldefun/ZelQvxBlockRef.h"
@@ -35,29 +32,7 @@ protected:
                               const std::optional<QString>& wireLays = QString(),
                               const QString& fileName = QStringLiteral("drawing.dwg")) {
         OvDbDatabase* database = ZelTestHost::makeDrawing(layers, wireLays, fileName);
-        static const int module = 0;
-        static const std::pair<const wchar_t*, int (*)()> functions[] = {
-            {L"zel_get_current_wiretype", zel_get_current_wiretype},
-            {L"zel_reset_current_wiretype", zel_reset_current_wiretype},
-            {L"zel_get_wiretype_settings", zel_get_wiretype_settings},
-            {L"zel_query_wiretype", zel_query_wiretype},
-            {L"zel_add_wiretype", zel_add_wiretype},
-            {L"zel_edit_wiretype", zel_edit_wiretype},
-            {L"zel_set_current_wiretype", zel_set_current_wiretype},
-            {L"zel_get_active_dwg_wiretype", zel_get_active_dwg_wiretype},
-            {L"zel_remove_wiretype", zel_remove_wiretype},
-            {L"zel_set_default_wiretype", zel_set_default_wiretype},
-            {L"zel_get_default_wiretype", zel_get_default_wiretype},
-            {L"zel_get_dwg_wiretype_settings", zel_get_dwg_wiretype_settings},
-            {L"zel_get_wiretype_layer_info", zel_get_wiretype_layer_info},
-        };
-        ovcore::lisp::setActiveModule(&module, nullptr);
-        int number = 0;
-        for (const auto& [name, handler] : functions) {
-            ovedDefun(name, ++number);
-            ovedRegFunc(handler, number);
-        }
-        ovcore::lisp::setActiveModule(nullptr, nullptr);
+        defineModuleFunctions();
         evalLisp("(setq rereads 0)"
                  "(defun c:wd_reread_dwg_params () (setq rereads (1+ rereads)))"
                  "(vl-orvex-defun 'c:wd_reread_dwg_params)");
@@ -162,15 +137,9 @@ TEST_F(LispTest, TheSettingsAreThreeListsOfTheColumnNames) {
 }
 
 TEST_F(LispTest, AQueryReadsTheProjectDatabase) {
-    const QString path = ZelTestProject::writeDatabase(
-        tempPath("project.db"),
-        "CREATE TABLE WIRETYPE (DWGIX TEXT, LAYNAME TEXT, WIRECOLOR TEXT, WIRESIZE TEXT,"
-        " FLAG INTEGER, USERCOUNT INTEGER);"
-        "CREATE TABLE WIRETYPE_USR (DWGIX TEXT, LAYNAME TEXT, USER INTEGER, VALUE TEXT);"
-        "INSERT INTO WIRETYPE VALUES ('1', 'RED_15', 'RED', '1.5', 1, 1);"
-        "INSERT INTO WIRETYPE_USR VALUES ('1', 'RED_15', 2, 'second');");
     makeDrawing({});
-    openProject(ZelTestProject::write(tempPath("p"), "p", {}, path));
+    openWireTypeProject("INSERT INTO WIRETYPE VALUES ('1', 'RED_15', 'RED', '1.5', 1, 1);"
+                        "INSERT INTO WIRETYPE_USR VALUES ('1', 'RED_15', 2, 'second');");
 
     ZelWireTypeRec::m_nKey = 4;
     EXPECT_EQ(lisp("(zel_query_wiretype \"1\" \"RED_15\")"),

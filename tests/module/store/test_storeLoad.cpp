@@ -246,20 +246,14 @@ TEST_F(StoreTest, AssigningAndResettingTheDefaultWireType) {
 }
 
 TEST_F(StoreTest, AProjectWireTypeReadsAsTwentyThreeValues) {
-    const QString database = ZelTestProject::writeDatabase(
-        tempPath("project.db"),
-        "CREATE TABLE WIRETYPE (DWGIX TEXT, LAYNAME TEXT, WIRECOLOR TEXT, WIRESIZE TEXT,"
-        " FLAG INTEGER, USERCOUNT INTEGER);"
-        "CREATE TABLE WIRETYPE_USR (DWGIX TEXT, LAYNAME TEXT, USER INTEGER, VALUE TEXT);"
-        "INSERT INTO WIRETYPE VALUES ('1', 'RED_15', 'RED', NULL, 0, 2);"
-        "INSERT INTO WIRETYPE_USR VALUES ('1', 'RED_15', 1, 'first');"
-        "INSERT INTO WIRETYPE_USR VALUES ('1', 'RED_15', 19, 'nineteen');"
-        "INSERT INTO WIRETYPE VALUES ('1', 'ZERO', 'BLU', '2.5', 1, 1);"
-        "INSERT INTO WIRETYPE_USR VALUES ('1', 'ZERO', 0, 'over the size');"
-        "INSERT INTO WIRETYPE VALUES ('2', 'BAD', 'GRN', '4', 1, 1);"
-        "INSERT INTO WIRETYPE_USR VALUES ('2', 'BAD', 22, 'too far');");
     makeDrawing({});
-    openProject(ZelTestProject::write(tempPath("p"), "p", {}, database));
+    openWireTypeProject("INSERT INTO WIRETYPE VALUES ('1', 'RED_15', 'RED', NULL, 0, 2);"
+                        "INSERT INTO WIRETYPE_USR VALUES ('1', 'RED_15', 1, 'first');"
+                        "INSERT INTO WIRETYPE_USR VALUES ('1', 'RED_15', 19, 'nineteen');"
+                        "INSERT INTO WIRETYPE VALUES ('1', 'ZERO', 'BLU', '2.5', 1, 1);"
+                        "INSERT INTO WIRETYPE_USR VALUES ('1', 'ZERO', 0, 'over the size');"
+                        "INSERT INTO WIRETYPE VALUES ('2', 'BAD', 'GRN', '4', 1, 1);"
+                        "INSERT INTO WIRETYPE_USR VALUES ('2', 'BAD', 22, 'too far');");
     ZelWireTypeRec store;
     std::vector<QString> values;
     ASSERT_TRUE(store.QueryWireType("1", "RED_15", values, 1));
@@ -298,14 +292,8 @@ TEST_F(StoreTest, AProjectWireTypeReadsAsTwentyThreeValues) {
 }
 
 TEST_F(StoreTest, ARecursiveQueryThroughALayerNameIsStoppedAndSaid) {
-    const QString database = ZelTestProject::writeDatabase(
-        tempPath("project.db"),
-        "CREATE TABLE WIRETYPE (DWGIX TEXT, LAYNAME TEXT, WIRECOLOR TEXT, WIRESIZE TEXT,"
-        " FLAG INTEGER, USERCOUNT INTEGER);"
-        "CREATE TABLE WIRETYPE_USR (DWGIX TEXT, LAYNAME TEXT, USER INTEGER, VALUE TEXT);"
-        "INSERT INTO WIRETYPE VALUES ('1', 'RED_15', 'RED', '1.5', 0, 2);");
     makeDrawing({});
-    openProject(ZelTestProject::write(tempPath("p"), "p", {}, database));
+    openWireTypeProject("INSERT INTO WIRETYPE VALUES ('1', 'RED_15', 'RED', '1.5', 0, 2);");
     const auto before = ZelOleDbCommand::GetTimeLimit();
     ZelOleDbCommand::SetTimeLimit(std::chrono::milliseconds(200));
     // The layer name goes into the statements as it is; this one makes the user values

@@ -1,5 +1,6 @@
 #include "support/ZelTestHost.h"
 
+#include "lisp/ZelLispFunctions.h"
 #include "shell/ResourceOverride.h"
 #include "shell/ZelLibraryEntry.h"
 #include "store/ZelWireTypeRec.h"
@@ -8,6 +9,7 @@
 
 #include "ovcore/OvApDocManager.h"
 #include "ovcore/OvOpenObjectCheck.h"
+#include "ovcore/oved.h"
 #include "ovdb/OvDbHostApplicationServices.h"
 #include "ovdb/ovdb.h"
 #include "ovdb/ovut.h"
@@ -33,6 +35,26 @@ void setEnvironment(const char* name, const QByteArray& value) {
     else
         qputenv(name, value);
 }
+
+// The module's LISP functions in the order of their numbers.
+const std::pair<const wchar_t*, int (*)()> kModuleFunctions[] = {
+    {L"zel_wire_type_sel", zel_wire_type_sel},
+    {L"zel_get_current_wiretype", zel_get_current_wiretype},
+    {L"zel_reset_current_wiretype", zel_reset_current_wiretype},
+    {L"zel_get_wiretype_settings", zel_get_wiretype_settings},
+    {L"zel_query_wiretype", zel_query_wiretype},
+    {L"zel_add_wiretype", zel_add_wiretype},
+    {L"zel_edit_wiretype", zel_edit_wiretype},
+    {L"zel_rename_wire_properties", zel_rename_wire_properties},
+    {L"zel_set_current_wiretype", zel_set_current_wiretype},
+    {L"zel_get_active_dwg_wiretype", zel_get_active_dwg_wiretype},
+    {L"zel_remove_wiretype", zel_remove_wiretype},
+    {L"zel_set_default_wiretype", zel_set_default_wiretype},
+    {L"zel_get_default_wiretype", zel_get_default_wiretype},
+    {L"zel_get_dwg_wiretype_settings", zel_get_dwg_wiretype_settings},
+    {L"zel_get_wiretype_layer_info", zel_get_wiretype_layer_info},
+    {L"zel_invoke_importwt_dlg", zel_invoke_importwt_dlg},
+};
 
 } // namespace
 
@@ -107,6 +129,24 @@ void ZelTestHost::closeAllDocuments() {
     EXPECT_EQ(ovDocManagerPtr()->closeAllDocuments(), Orvex::eOk);
 }
 
+void ZelTestHost::defineModuleFunctions() {
+    static const int module = 0;
+    ovcore::lisp::setActiveModule(&module, nullptr);
+    int number = 0;
+    for (const auto& [name, handler] : kModuleFunctions) {
+        ovedDefun(name, ++number);
+        ovedRegFunc(handler, number);
+    }
+    ovcore::lisp::setActiveModule(nullptr, nullptr);
+}
+
+QStringList ZelTestHost::moduleFunctionNames() {
+    QStringList names;
+    for (const auto& function : kModuleFunctions)
+        names << QString::fromWCharArray(function.first);
+    return names;
+}
+
 ovcore::lisp::EvalResult ZelTestHost::evalLisp(const QString& text) {
     ovcore::lisp::EvalResult result = ovcore::lisp::evalString(text);
     EXPECT_TRUE(result.ok) << text.toStdString() << ": " << result.error.toStdString();
@@ -161,6 +201,17 @@ QString ZelTestHost::wireLays() const {
 
 void ZelTestHost::openDefaultNamesProject() {
     openProject(ZelTestProject::write(tempPath("project"), "defaults", {}, QString()));
+}
+
+void ZelTestHost::openWireTypeProject(const char* inserts) {
+    const QByteArray sql =
+        QByteArray(
+            "CREATE TABLE WIRETYPE (DWGIX TEXT, LAYNAME TEXT, WIRECOLOR TEXT, WIRESIZE TEXT,"
+            " FLAG INTEGER, USERCOUNT INTEGER);"
+            "CREATE TABLE WIRETYPE_USR (DWGIX TEXT, LAYNAME TEXT, USER INTEGER, VALUE TEXT);") +
+        inserts;
+    const QString database = ZelTestProject::writeDatabase(tempPath("project.db"), sql.constData());
+    openProject(ZelTestProject::write(tempPath("p"), "p", {}, database));
 }
 
 OvDbObjectId ZelTestHost::layerId(OvDbDatabase* database, const QString& name) {

@@ -63,6 +63,9 @@ protected:
     platform::MessageBoxScript& messages() { return *m_messages; }
 
 public:
+    // The module's sixteen LISP functions, under its numbers, in the current document.
+    static void defineModuleFunctions();
+    static QStringList moduleFunctionNames();
     // A string of the module's resource library.
     static QString moduleString(unsigned id);
 
@@ -76,6 +79,9 @@ public:
     QString wireLays() const;
     // A project that does not hold the drawing: the 20 default user property names.
     void openDefaultNamesProject();
+    // A project that does not hold the drawing, with a database of the two wire type tables
+    // filled by `inserts`.
+    void openWireTypeProject(const char* inserts);
 
     static OvDbObjectId layerId(OvDbDatabase* database, const QString& name);
     static QString clayerName(OvDbDatabase* database);

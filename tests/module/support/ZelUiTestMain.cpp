@@ -1,4 +1,5 @@
-// The grid tests need a widget application around every test.
+// The programs of dialog and grid tests need a widget application around every test; this
+// main is theirs, not part of the support library.
 
 #include <QApplication>
 
