@@ -277,6 +277,30 @@ bool OvDbDwgScanner::number(OvDbDwgFileValue& out) {
         out.number = static_cast<double>(n);
         return r.ec == std::errc() && r.ptr == last;
     }
+    // Most numbers of a drawing are short decimals, such as 10.5: their digits as a whole
+    // number and a power of ten, both exact in a double, give the rounded value at once.
+    std::uint64_t mantissa = 0;
+    int digitsSeen = 0;
+    int scale = -1;
+    bool plain = true;
+    for (const char* p = *first == '-' ? first + 1 : first; p < last && plain; ++p) {
+        if (*p == '.') {
+            scale = 0;
+        } else if (*p >= '0' && *p <= '9') {
+            mantissa = mantissa * 10 + static_cast<unsigned>(*p - '0');
+            scale += scale >= 0;
+            plain = ++digitsSeen <= 15;
+        } else {
+            plain = false;
+        }
+    }
+    if (plain && scale >= 0) {
+        static constexpr double kPowers[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                             1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+        const double value = static_cast<double>(mantissa) / kPowers[scale];
+        out.number = *first == '-' ? -value : value;
+        return true;
+    }
     const auto r = std::from_chars(first, last, out.number);
     return r.ec == std::errc() && r.ptr == last;
 }
