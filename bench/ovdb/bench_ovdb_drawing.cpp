@@ -13,10 +13,18 @@
 #include <benchmark/benchmark.h>
 #include <simdjson.h>
 
+#include <malloc.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <fstream>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -146,6 +154,77 @@ void BM_ReadDrawing(benchmark::State& state) {
         benchmark::DoNotOptimize(side.approxNumObjects());
     }
     state.SetBytesProcessed(state.iterations() * s.fileSize);
+    counters(state, s);
+}
+
+// A line of /proc/self/status, in kB; -1 when it cannot be read.
+long statusKb(const char* key) {
+    std::ifstream status("/proc/self/status");
+    std::string line;
+    const std::size_t length = std::strlen(key);
+    while (std::getline(status, line)) {
+        if (line.compare(0, length, key) == 0 && line.size() > length && line[length] == ':')
+            return std::atol(line.c_str() + length + 1);
+    }
+    return -1;
+}
+
+// The memory a read takes, per line of the drawing: the peak of the resident set while
+// reading, and what the database holds once read, both over what the process had before.
+// A child process reads, so that the peak is that of the read alone; it first hands back
+// the memory the sample left free, so that reusing it is counted too.
+void BM_ReadMemory(benchmark::State& state) {
+    Sample& s = Sample::get();
+    const std::wstring path = s.file.toStdWString();
+    struct Result {
+        long before, peak, held;
+    };
+    std::vector<Result> results;
+    for (auto _ : state) {
+        Result result{-1, -1, -1};
+        int channel[2];
+        if (::pipe(channel) != 0) {
+            state.SkipWithError("no pipe");
+            break;
+        }
+        const pid_t child = ::fork();
+        if (child == 0) {
+            ::close(channel[0]);
+            ::malloc_trim(0);
+            // Resets the peak of the resident set to what it is now.
+            std::ofstream("/proc/self/clear_refs") << "5";
+            Result r{statusKb("VmRSS"), -1, -1};
+            {
+                OvDbDatabase side(false, true);
+                const bool ok = side.readDwgFile(path.c_str(), 3, false, nullptr) == eOk;
+                r.peak = statusKb("VmHWM");
+                r.held = ok ? statusKb("VmRSS") : -1;
+            }
+            const bool sent = ::write(channel[1], &r, sizeof r) == sizeof r;
+            ::_exit(sent ? 0 : 1);
+        }
+        ::close(channel[1]);
+        const bool got = ::read(channel[0], &result, sizeof result) == sizeof result;
+        ::close(channel[0]);
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        if (!got || result.held < 0 || result.before < 0 || result.peak < 0) {
+            state.SkipWithError("the read in the child failed");
+            break;
+        }
+        results.push_back(result);
+    }
+    if (results.empty())
+        return;
+    // The median of the runs by peak: other work on the machine moves single runs.
+    std::sort(results.begin(), results.end(), [](const Result& a, const Result& b) {
+        return a.peak - a.before < b.peak - b.before;
+    });
+    const Result& result = results[results.size() / 2];
+    const double lines = s.lines;
+    state.counters["peakBytesPerLine"] = (result.peak - result.before) * 1024.0 / lines;
+    state.counters["heldBytesPerLine"] = (result.held - result.before) * 1024.0 / lines;
+    state.counters["peakMB"] = (result.peak - result.before) / 1024.0;
     counters(state, s);
 }
 
@@ -307,6 +386,7 @@ void BM_SymbolLookup(benchmark::State& state) {
 
 BENCHMARK(BM_ReadDrawing)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_BareParse)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ReadMemory)->Iterations(3)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_BlockReferences);
 BENCHMARK(BM_LayerNameWalk)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_SaveDrawing)->Unit(benchmark::kMillisecond);

@@ -74,8 +74,7 @@ void Cloner::copyInto(OvDbObject* target, const OvDbObject* source) {
         return;
     OvDbStub* self = OvDbAccess::stub(target);
     for (const OvDbDwgReader::Fixup& f : reader.fixups()) {
-        const auto it = m_src->byHandle.find(f.handle);
-        OvDbStub* referred = it == m_src->byHandle.end() ? nullptr : it->second;
+        OvDbStub* referred = m_src->byHandle.find(f.handle);
         OvDbStub* value = nullptr;
         if (!OvDbAccess::isLive(referred)) {
             value = nullptr;
@@ -91,10 +90,10 @@ void Cloner::copyInto(OvDbObject* target, const OvDbObject* source) {
         *f.slot = OvDbObjectId(value);
     }
     for (const OvDbDwgReader::DictionaryEntry& e : reader.dictionaryEntries()) {
-        const auto it = m_src->byHandle.find(e.handle);
-        if (it == m_src->byHandle.end() || !OvDbAccess::isLive(it->second))
+        OvDbStub* found = m_src->byHandle.find(e.handle);
+        if (!OvDbAccess::isLive(found))
             continue;
-        if (OvDbStub* entry = cloneOwned(it->second, self))
+        if (OvDbStub* entry = cloneOwned(found, self))
             OvDbAccess::putEntry(e.dictionary, e.name, entry);
     }
 }

@@ -108,16 +108,18 @@ OvDbDatabase::Impl::~Impl() {
 
 OvDbStub* OvDbDatabase::Impl::newStub(std::uint64_t handle) {
     if (handle == 0) {
-        while (byHandle.count(handseed))
+        while (byHandle.contains(handseed))
             ++handseed;
         handle = handseed++;
-    } else if (byHandle.count(handle)) {
-        return nullptr;
     }
+    // Its place in the map first: a handle taken gets no stub.
+    OvDbStub** slot = byHandle.claim(handle);
+    if (!slot)
+        return nullptr;
     OvDbStub& stub = stubs.emplace_back();
     stub.db = db;
     stub.handle = handle;
-    byHandle.emplace(handle, &stub);
+    *slot = &stub;
     if (handle >= handseed)
         handseed = handle + 1;
     return &stub;
@@ -297,12 +299,12 @@ int OvDbDatabase::dbmod() const {
 
 Orvex::ErrorStatus OvDbDatabase::getOvDbObjectId(OvDbObjectId& id, bool,
                                                  const OvDbHandle& handle) const {
-    const auto it = d->byHandle.find(handle.value());
-    if (it == d->byHandle.end() || !it->second->object) {
+    OvDbStub* stub = d->byHandle.find(handle.value());
+    if (!stub || !stub->object) {
         id = OvDbObjectId();
         return Orvex::eKeyNotFound;
     }
-    id = OvDbObjectId(it->second);
+    id = OvDbObjectId(stub);
     return Orvex::eOk;
 }
 

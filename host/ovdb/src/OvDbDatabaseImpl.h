@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OvDbHandleMap.h"
 #include "OvDbStub.h"
 #include "ovdb/OvDbDatabase.h"
 
@@ -21,7 +22,7 @@ struct OvDbDatabase::Impl {
 
     OvDbDatabase* db;
     std::deque<OvDbStub> stubs;
-    std::unordered_map<std::uint64_t, OvDbStub*> byHandle;
+    OvDbHandleMap byHandle;
     std::uint64_t handseed = 1;
     int dbmod = 0;
     std::size_t openObjects = 0;

@@ -29,13 +29,17 @@
 #include <QJsonDocument>
 #include <QSaveFile>
 
+#include <simdjson.h>
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <optional>
 #include <string_view>
 #include <unordered_set>
 
@@ -177,19 +181,26 @@ public:
 
     // `data` holds the whole file, with the parser's padding behind it.
     Problem load(simdjson::padded_string& data);
+    // The same in one pass, for a file in the form Orvex writes; nothing when the file
+    // is in another form or has a fault, which load() must then judge from the start,
+    // with a fresh database.
+    std::optional<Problem> loadFast(simdjson::padded_string& data);
 
 private:
     Problem fail(Orvex::ErrorStatus status, const QString& message) { return {status, message}; }
     Problem parse(simdjson::padded_string& data, simdjson::dom::object& root);
     Problem parseError(simdjson::error_code error, const simdjson::padded_string& data);
-    Problem unknownKey(const QString& where);
+    Problem unknownKey(const OvDbDwgFileObject& fields, const QString& where);
     Problem readObjects(simdjson::dom::array objects);
-    Problem readObject(const simdjson::dom::element& value, qsizetype index);
+    // The object in m_fields.
+    Problem readObject(qsizetype index);
+    Problem finish();
     template <class What>
     Problem resolve(std::uint64_t handle, OvRxClass* expected, const What& what, OvDbStub*& stub);
     Problem resolveReferences();
     Problem placeObjects();
-    Problem readHeader(simdjson::dom::object header);
+    // The header in m_header.
+    Problem readHeader();
     Problem findWellKnown();
 
     struct Pending {
@@ -200,6 +211,7 @@ private:
     Impl* m_im;
     simdjson::dom::document m_document;
     OvDbDwgFileObject m_fields;
+    OvDbDwgFileObject m_header;
     OvDbDwgReader m_reader;
     std::vector<Pending> m_objects;
     std::unordered_set<const OvDbStub*> m_listed;
@@ -247,11 +259,11 @@ Problem Loader::parseError(simdjson::error_code error, const simdjson::padded_st
                     .arg(QString::fromLatin1(simdjson::error_message(error))));
 }
 
-Problem Loader::unknownKey(const QString& where) {
-    const OvDbDwgFileObject::Field* field = m_fields.firstUntaken();
+Problem Loader::unknownKey(const OvDbDwgFileObject& fields, const QString& where) {
+    const OvDbDwgFileObject::Field* field = fields.firstUntaken();
     if (!field)
         return {};
-    if (m_fields.isRepeated(*field))
+    if (fields.isRepeated(*field))
         return fail(Orvex::eBadDrawingFormat,
                     QStringLiteral("%1 has the key \"%2\" twice").arg(where, text(field->key)));
     return fail(Orvex::eBadDrawingFormat,
@@ -277,19 +289,20 @@ Problem Loader::parse(simdjson::padded_string& data, simdjson::dom::object& root
         return fail(Orvex::eNotADrawingFile,
                     QStringLiteral("not a drawing file: the JSON in it is %1, not an object")
                         .arg(QLatin1StringView(kindOf(document))));
-    m_fields.reset(root);
-    const simdjson::dom::element* format = m_fields.take("format");
-    std::string_view tag;
-    if (!format || format->get_string().get(tag) != simdjson::SUCCESS)
+    // Only the format and the version are looked at here: the objects wait.
+    m_fields.reset(root, false);
+    const OvDbDwgFileValue* format = m_fields.take("format");
+    if (!format || format->type != OvDbDwgFileValue::Type::Text)
         return fail(Orvex::eNotADrawingFile,
                     QStringLiteral("not a drawing file: it has no format tag"));
+    const std::string_view tag = format->text;
     if (tag != std::string_view(kFormatTag.data(), kFormatTag.size()))
         return fail(Orvex::eNotADrawingFile,
                     QStringLiteral("not a drawing file: its format tag is \"%1\", not \"%2\"")
                         .arg(text(tag), kFormatTag));
-    const simdjson::dom::element* version = m_fields.take("version");
-    double v = 0;
-    if (!version || !version->is_number() || version->get_double().get(v) ||
+    const OvDbDwgFileValue* version = m_fields.take("version");
+    const double v = version ? version->number : 0;
+    if (!version || version->type != OvDbDwgFileValue::Type::Number ||
         v != static_cast<double>(static_cast<long long>(v)) || v < 1)
         return fail(Orvex::eBadDrawingFormat,
                     QStringLiteral("the format version is missing or not a whole number"));
@@ -301,7 +314,7 @@ Problem Loader::parse(simdjson::padded_string& data, simdjson::dom::object& root
                         .arg(kFormatVersion));
     for (std::string_view key : kRootKeys)
         m_fields.take(key);
-    return unknownKey(QStringLiteral("the drawing"));
+    return unknownKey(m_fields, QStringLiteral("the drawing"));
 }
 
 Problem Loader::load(simdjson::padded_string& data) {
@@ -317,14 +330,74 @@ Problem Loader::load(simdjson::padded_string& data) {
         return fail(Orvex::eBadDrawingFormat, QStringLiteral("the list of objects is missing"));
     // Stage one: every object with its plain values; references stay handles.
     p = readObjects(objects);
-    if (p.status == Orvex::eOk)
-        p = readHeader(header);
+    if (p.status == Orvex::eOk) {
+        m_header.reset(header);
+        p = readHeader();
+    }
     if (p.status != Orvex::eOk)
         return p;
     // The parse is not needed any more: it goes before the objects are placed.
+    m_fields.clear();
+    m_header.clear();
     m_document = simdjson::dom::document();
+    return finish();
+}
+
+std::optional<Problem> Loader::loadFast(simdjson::padded_string& data) {
+    const std::string_view all(data.data(), data.size());
+    if (!simdjson::validate_utf8(all.data(), all.size()))
+        return std::nullopt;
+    OvDbDwgScanner scan(all);
+    std::string_view key;
+    OvDbDwgFileValue value;
+    auto field = [&](std::string_view name) {
+        return scan.key(m_fields, key) && key == name && scan.value(m_fields, value);
+    };
+    if (!scan.take('{') || !field("format") || value.type != OvDbDwgFileValue::Type::Text ||
+        value.text != std::string_view(kFormatTag.data(), kFormatTag.size()) || !scan.take(','))
+        return std::nullopt;
+    if (!field("version") || value.type != OvDbDwgFileValue::Type::Number ||
+        value.number != kFormatVersion || !scan.take(','))
+        return std::nullopt;
+    if (!scan.key(m_fields, key) || key != "header" || !scan.object(m_header) || !scan.take(',') ||
+        !scan.key(m_fields, key) || key != "objects" || !scan.take('['))
+        return std::nullopt;
+    // One object a line, as written: room for them all at once.
+    std::size_t lines = 0;
+    for (const char* at = all.data(); (at = static_cast<const char*>(std::memchr(
+                                           at, '\n', all.size() - std::size_t(at - all.data()))));
+         ++at)
+        ++lines;
+    // No object is shorter than this: a file of empty lines reserves nothing for them.
+    constexpr std::size_t kShortestObject = 40;
+    lines = std::min(lines, all.size() / kShortestObject);
+    m_objects.reserve(lines);
+    m_im->byHandle.reserve(lines);
+    m_reader.resolveFrom(&m_im->byHandle);
+    qsizetype index = 0;
+    if (!scan.take(']')) {
+        for (;;) {
+            if (scan.next() != '{' || !scan.object(m_fields) ||
+                readObject(++index).status != Orvex::eOk)
+                return std::nullopt;
+            if (scan.take(']'))
+                break;
+            if (!scan.take(','))
+                return std::nullopt;
+        }
+    }
+    if (!scan.take('}') || !scan.atEnd() || readHeader().status != Orvex::eOk)
+        return std::nullopt;
+    // The texts of the file are not needed any more.
+    m_fields.clear();
+    m_header.clear();
+    data = simdjson::padded_string();
+    return finish();
+}
+
+Problem Loader::finish() {
     // Stage two: handles become ids, members go to their containers.
-    p = resolveReferences();
+    Problem p = resolveReferences();
     if (p.status == Orvex::eOk)
         p = placeObjects();
     if (p.status == Orvex::eOk)
@@ -341,26 +414,26 @@ Problem Loader::readObjects(simdjson::dom::array objects) {
     const std::size_t count = objects.size();
     m_objects.reserve(count);
     m_im->byHandle.reserve(count);
+    m_reader.resolveFrom(&m_im->byHandle);
     qsizetype index = 0;
     for (const simdjson::dom::element value : objects) {
-        Problem p = readObject(value, ++index);
+        simdjson::dom::object fields;
+        if (value.get_object().get(fields) != simdjson::SUCCESS)
+            return fail(Orvex::eBadDrawingFormat,
+                        QStringLiteral("item %1 of the objects is not an object").arg(++index));
+        m_fields.reset(fields);
+        Problem p = readObject(++index);
         if (p.status != Orvex::eOk)
             return p;
     }
     return {};
 }
 
-Problem Loader::readObject(const simdjson::dom::element& value, qsizetype index) {
-    simdjson::dom::object fields;
-    if (value.get_object().get(fields) != simdjson::SUCCESS)
-        return fail(Orvex::eBadDrawingFormat,
-                    QStringLiteral("item %1 of the objects is not an object").arg(index));
-    m_fields.reset(fields);
+Problem Loader::readObject(qsizetype index) {
     auto handleOf = [this](std::string_view key, std::uint64_t& handle) {
-        const simdjson::dom::element* v = m_fields.take(key);
-        std::string_view digits;
-        return v && v->get_string().get(digits) == simdjson::SUCCESS &&
-               OvDbDwgReader::parseHandle(digits, handle);
+        const OvDbDwgFileValue* v = m_fields.take(key);
+        return v && v->type == OvDbDwgFileValue::Type::Text &&
+               OvDbDwgReader::parseHandle(v->text, handle);
     };
     std::uint64_t handle = 0;
     if (!handleOf("handle", handle) || handle == 0)
@@ -371,9 +444,9 @@ Problem Loader::readObject(const simdjson::dom::element& value, qsizetype index)
         return fail(Orvex::eBadDrawingFormat,
                     QStringLiteral("object %1 has no valid owner handle").arg(hex(handle)));
     std::string_view type;
-    const simdjson::dom::element* typeValue = m_fields.take("type");
-    if (typeValue && typeValue->get_string().get(type) != simdjson::SUCCESS)
-        type = std::string_view();
+    const OvDbDwgFileValue* typeValue = m_fields.take("type");
+    if (typeValue && typeValue->type == OvDbDwgFileValue::Type::Text)
+        type = typeValue->text;
     OvDbObject* object = createOf(type);
     if (!object)
         return fail(
@@ -391,7 +464,8 @@ Problem Loader::readObject(const simdjson::dom::element& value, qsizetype index)
     if (OvDbAccess::readFields(object, m_reader) != Orvex::eOk)
         return fail(m_reader.status(), m_reader.message());
     if (m_fields.firstUntaken())
-        return unknownKey(QStringLiteral("object %1 (%2)").arg(hex(handle), typeOf(object)));
+        return unknownKey(m_fields,
+                          QStringLiteral("object %1 (%2)").arg(hex(handle), typeOf(object)));
     return {};
 }
 
@@ -399,12 +473,11 @@ template <class What>
 Problem Loader::resolve(std::uint64_t handle, OvRxClass* expected, const What& what,
                         OvDbStub*& stub) {
     stub = nullptr;
-    const auto it = handle == 0 ? m_im->byHandle.end() : m_im->byHandle.find(handle);
-    if (it == m_im->byHandle.end())
+    stub = m_im->byHandle.find(handle);
+    if (!stub)
         return fail(
             Orvex::eDanglingHandle,
             QStringLiteral("%1 refers to handle %2, which no object has").arg(what(), hex(handle)));
-    stub = it->second;
     if (expected && !stub->object->isKindOf(expected))
         return fail(
             Orvex::eBadDrawingFormat,
@@ -413,7 +486,7 @@ Problem Loader::resolve(std::uint64_t handle, OvRxClass* expected, const What& w
     return {};
 }
 
-Problem Loader::readHeader(simdjson::dom::object header) {
+Problem Loader::readHeader() {
     struct Entry {
         const char* key;
         OvRxClass* cls;
@@ -426,13 +499,11 @@ Problem Loader::readHeader(simdjson::dom::object header) {
         {"namedObjects", OvDbDictionary::desc(), &m_im->namedObjects},
         {"clayer", OvDbLayerTableRecord::desc(), &m_im->clayer},
     };
-    m_fields.reset(header);
     auto handleOf = [this](std::string_view key, std::uint64_t& handle, bool& present) {
-        const simdjson::dom::element* v = m_fields.take(key);
+        const OvDbDwgFileValue* v = m_header.take(key);
         present = v != nullptr;
-        std::string_view digits;
-        return v && v->get_string().get(digits) == simdjson::SUCCESS &&
-               OvDbDwgReader::parseHandle(digits, handle);
+        return v && v->type == OvDbDwgFileValue::Type::Text &&
+               OvDbDwgReader::parseHandle(v->text, handle);
     };
     for (const Entry& e : entries) {
         std::uint64_t handle = 0;
@@ -451,8 +522,8 @@ Problem Loader::readHeader(simdjson::dom::object header) {
         return fail(Orvex::eBadDrawingFormat,
                     QStringLiteral("the header's 'handseed' is not a handle"));
     for (std::string_view key : kHeaderKeys)
-        m_fields.take(key);
-    return unknownKey(QStringLiteral("the header"));
+        m_header.take(key);
+    return unknownKey(m_header, QStringLiteral("the header"));
 }
 
 Problem Loader::resolveReferences() {
@@ -599,10 +670,14 @@ Problem Loader::findWellKnown() {
                     QStringLiteral("the current layer is not a layer of the drawing"));
     // A reference the save could not keep (its object was erased) reads as the default.
     for (const Pending& pending : m_objects) {
-        if (auto* entity = OvDbEntity::cast(pending.object)) {
+        // Lines, most of the objects, skip the walk up their classes.
+        if (pending.object->isA() == OvDbLine::desc() ||
+            pending.object->isKindOf(OvDbEntity::desc())) {
+            auto* entity = static_cast<OvDbEntity*>(pending.object);
             if (!OvDbAccess::layerOf(entity))
                 OvDbAccess::setLayerOf(entity, m_im->layerZero);
             m_im->useLayer(OvDbAccess::layerOf(entity), true);
+            continue;
         }
         if (auto* layer = OvDbLayerTableRecord::cast(pending.object);
             layer && !OvDbAccess::linetypeOf(layer))
@@ -810,7 +885,12 @@ Orvex::ErrorStatus OvDbDatabase::readDwgFile(const wchar_t* path, int, bool, con
 
     // Built apart and swapped in only when the whole file made sense.
     auto fresh = std::make_unique<Impl>(this);
-    const Problem p = Loader(fresh.get()).load(data);
+    std::optional<Problem> fast = Loader(fresh.get()).loadFast(data);
+    if (!fast) {
+        fresh = std::make_unique<Impl>(this);
+        fast = Loader(fresh.get()).load(data);
+    }
+    const Problem& p = *fast;
     if (p.status != Orvex::eOk)
         return fail(p.status, QStringLiteral("%1: %2").arg(file, p.message));
     OvDbAccess::swapImpl(this, fresh);

@@ -2,6 +2,8 @@
 
 #include "OvDbAccess.h"
 #include "OvDbDwgFileObject.h"
+#include "OvDbHandleMap.h"
+#include "OvDbStub.h"
 #include "ovdb/OvDbHandle.h"
 
 #include <QJsonArray>
@@ -10,33 +12,22 @@
 
 namespace {
 
-using simdjson::dom::element;
-using simdjson::dom::element_type;
+using FileValue = OvDbDwgFileValue;
+using Type = OvDbDwgFileValue::Type;
 
 std::string_view view(QLatin1StringView key) {
     return {key.data(), static_cast<std::size_t>(key.size())};
 }
 
-bool isNumber(const element& e) {
-    const element_type t = e.type();
-    return t == element_type::INT64 || t == element_type::UINT64 || t == element_type::DOUBLE;
-}
-
-double number(const element& e) {
-    double d = 0;
-    return e.get_double().get(d) == simdjson::SUCCESS ? d : 0.0;
-}
-
-bool readPointOf(const element& e, OvGePoint3d& out) {
-    simdjson::dom::array a;
-    if (e.get_array().get(a) != simdjson::SUCCESS || a.size() != 3)
+bool readPointOf(const OvDbDwgFileObject& file, const FileValue& v, OvGePoint3d& out) {
+    if (v.type != Type::List || v.count != 3)
         return false;
     double xyz[3];
-    std::size_t i = 0;
-    for (const element item : a) {
-        if (!isNumber(item))
+    for (std::uint32_t i = 0; i < 3; ++i) {
+        const FileValue& item = file.item(v, i);
+        if (item.type != Type::Number)
             return false;
-        xyz[i++] = number(item);
+        xyz[i] = item.number;
     }
     out = OvGePoint3d(xyz[0], xyz[1], xyz[2]);
     return true;
@@ -46,41 +37,34 @@ using Value = OvDbDwgReader::Value;
 
 // A value of the file, with a list's elements one level deep. False for a text that is
 // not valid Unicode.
-bool toValue(const element& e, Value& out, bool nested = true) {
+bool toValue(const OvDbDwgFileObject& file, const FileValue& v, Value& out, bool nested = true) {
     out.items.clear();
-    switch (e.type()) {
-    case element_type::ARRAY: {
+    switch (v.type) {
+    case Type::List:
         out.kind = Value::Kind::List;
-        simdjson::dom::array items;
-        if (e.get_array().get(items) != simdjson::SUCCESS)
-            return false;
         if (!nested)
             return true;
-        for (const element item : items) {
+        for (std::uint32_t i = 0; i < v.count; ++i) {
             out.items.emplace_back();
-            if (!toValue(item, out.items.back(), false))
+            if (!toValue(file, file.item(v, i), out.items.back(), false))
                 return false;
         }
         return true;
-    }
-    case element_type::OBJECT:
+    case Type::Object:
         out.kind = Value::Kind::Object;
         return true;
-    case element_type::STRING: {
+    case Type::Text:
         out.kind = Value::Kind::Text;
-        std::string_view utf8;
-        return e.get_string().get(utf8) == simdjson::SUCCESS && ovdbFileText(utf8, out.text);
-    }
-    case element_type::INT64:
-    case element_type::UINT64:
-    case element_type::DOUBLE:
+        return ovdbFileText(v.text, out.text);
+    case Type::Number:
         out.kind = Value::Kind::Number;
-        out.number = number(e);
+        out.number = v.number;
         return true;
-    case element_type::BOOL:
+    case Type::Bool:
         out.kind = Value::Kind::Bool;
-        return e.get_bool().get(out.boolean) == simdjson::SUCCESS;
-    case element_type::NULL_VALUE:
+        out.boolean = v.boolean;
+        return true;
+    case Type::Null:
         out.kind = Value::Kind::Null;
         return true;
     }
@@ -167,13 +151,12 @@ bool OvDbDwgReader::readString(QLatin1StringView key, QString& out, bool require
         return false;
     };
     if (m_file) {
-        const element* v = m_file->take(view(key));
+        const FileValue* v = m_file->take(view(key));
         if (!v)
             return required ? wrong() : true;
-        std::string_view text;
-        if (v->get_string().get(text) != simdjson::SUCCESS)
+        if (v->type != Type::Text)
             return wrong();
-        if (!ovdbFileText(text, out)) {
+        if (!ovdbFileText(v->text, out)) {
             fail(Orvex::eBadDrawingFormat,
                  QStringLiteral("'%1' is not valid Unicode text (it holds a lone surrogate)")
                      .arg(key));
@@ -195,10 +178,10 @@ bool OvDbDwgReader::readInt(QLatin1StringView key, int& out, int min, int max) {
     bool numeric = false;
     double d = 0;
     if (m_file) {
-        if (const element* v = m_file->take(view(key))) {
+        if (const FileValue* v = m_file->take(view(key))) {
             present = true;
-            numeric = isNumber(*v);
-            d = number(*v);
+            numeric = v->type == Type::Number;
+            d = numeric ? v->number : 0.0;
         }
     } else {
         const QJsonValue v = m_fields.value(key);
@@ -224,13 +207,12 @@ bool OvDbDwgReader::readBool(QLatin1StringView key, bool& out) {
         return false;
     };
     if (m_file) {
-        const element* v = m_file->take(view(key));
+        const FileValue* v = m_file->take(view(key));
         if (!v)
             return true;
-        bool b = false;
-        if (v->get_bool().get(b) != simdjson::SUCCESS)
+        if (v->type != Type::Bool)
             return wrong();
-        out = b;
+        out = v->boolean;
         return true;
     }
     const QJsonValue v = m_fields.value(key);
@@ -249,10 +231,10 @@ bool OvDbDwgReader::readPoint(QLatin1StringView key, OvGePoint3d& out, bool requ
         return false;
     };
     if (m_file) {
-        const element* v = m_file->take(view(key));
+        const FileValue* v = m_file->take(view(key));
         if (!v)
             return required ? wrong() : true;
-        return readPointOf(*v, out) || wrong();
+        return readPointOf(*m_file, *v, out) || wrong();
     }
     const QJsonValue v = m_fields.value(key);
     if (v.isUndefined() && !required)
@@ -271,16 +253,16 @@ bool OvDbDwgReader::readReals(QLatin1StringView key, std::vector<double>& out) {
     };
     std::vector<double> values;
     if (m_file) {
-        const element* v = m_file->take(view(key));
+        const FileValue* v = m_file->take(view(key));
         if (!v)
             return true;
-        simdjson::dom::array a;
-        if (v->get_array().get(a) != simdjson::SUCCESS)
+        if (v->type != Type::List)
             return wrong();
-        for (const element item : a) {
-            if (!isNumber(item))
+        for (std::uint32_t i = 0; i < v->count; ++i) {
+            const FileValue& item = m_file->item(*v, i);
+            if (item.type != Type::Number)
                 return wrong();
-            values.push_back(number(item));
+            values.push_back(item.number);
         }
         out = std::move(values);
         return true;
@@ -305,10 +287,9 @@ bool OvDbDwgReader::readRef(QLatin1StringView key, OvDbObjectId& slot, OvRxClass
     bool ok = false;
     std::uint64_t handle = 0;
     if (m_file) {
-        if (const element* v = m_file->take(view(key))) {
+        if (const FileValue* v = m_file->take(view(key))) {
             present = true;
-            std::string_view text;
-            ok = v->get_string().get(text) == simdjson::SUCCESS && parseHandle(text, handle);
+            ok = v->type == Type::Text && parseHandle(v->text, handle);
         }
     } else {
         const QJsonValue v = m_fields.value(key);
@@ -325,6 +306,13 @@ bool OvDbDwgReader::readRef(QLatin1StringView key, OvDbObjectId& slot, OvRxClass
     }
     if (handle == 0 && !required)
         return true;
+    if (m_known) {
+        OvDbStub* stub = m_known->find(handle);
+        if (stub && stub->object && (!expected || stub->object->isKindOf(expected))) {
+            slot = OvDbObjectId(stub);
+            return true;
+        }
+    }
     m_fixups.push_back({m_object, &slot, handle, expected, key});
     return true;
 }
@@ -337,14 +325,13 @@ OvDbDwgReader::Items OvDbDwgReader::readItems(QLatin1StringView key,
                                               const std::function<bool(const Value&)>& each) {
     Value item;
     if (m_file) {
-        const element* v = m_file->take(view(key));
+        const FileValue* v = m_file->take(view(key));
         if (!v)
             return Items::Missing;
-        simdjson::dom::array list;
-        if (v->get_array().get(list) != simdjson::SUCCESS)
+        if (v->type != Type::List)
             return Items::NotAList;
-        for (const element e : list) {
-            if (!toValue(e, item)) {
+        for (std::uint32_t i = 0; i < v->count; ++i) {
+            if (!toValue(*m_file, m_file->item(*v, i), item)) {
                 fail(Orvex::eBadDrawingFormat,
                      QStringLiteral("'%1' holds a text that is not valid Unicode (a lone "
                                     "surrogate)")

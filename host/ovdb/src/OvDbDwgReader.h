@@ -14,6 +14,7 @@
 #include <vector>
 
 class OvDbDictionary;
+class OvDbHandleMap;
 class OvDbDwgFileObject;
 class OvDbObject;
 class OvRxClass;
@@ -57,6 +58,9 @@ public:
 
     void begin(const QJsonObject& fields, OvDbObject* object, std::uint64_t handle);
     void begin(OvDbDwgFileObject* fields, OvDbObject* object, std::uint64_t handle);
+    // A reference to an object already known, of the class expected, is set at once
+    // rather than kept as a fix-up: a file names layers and blocks before what uses them.
+    void resolveFrom(const OvDbHandleMap* known) { m_known = known; }
     OvDbObject* object() const { return m_object; }
 
     // Each is false (and the read failed) for a value of the wrong kind. A missing key
@@ -92,6 +96,7 @@ public:
 private:
     QJsonObject m_fields;
     OvDbDwgFileObject* m_file = nullptr;
+    const OvDbHandleMap* m_known = nullptr;
     OvDbObject* m_object = nullptr;
     std::uint64_t m_handle = 0;
     Orvex::ErrorStatus m_status = Orvex::eOk;

@@ -82,14 +82,16 @@ private:
 
     bool reportNotReadEnabled() const;
 
+    // Pointers first and the small fields together: a drawing holds a million objects,
+    // and padding between them would cost 16 bytes each.
     OvDbStub* m_stub = nullptr;
     OvDbStub* m_owner = nullptr;
     OvDbObjectId m_xdict;
-    int m_readers = 0;
-    int m_notifiers = 0;
-    bool m_writer = true;
     // Place in the process-wide list of open objects.
     OvDbObject* m_openPrev = nullptr;
     OvDbObject* m_openNext = nullptr;
+    int m_readers = 0;
+    int m_notifiers = 0;
+    bool m_writer = true;
     bool m_inOpenList = false;
 };
