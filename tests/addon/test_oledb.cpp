@@ -199,6 +199,8 @@ TEST_F(OleDb, DatabasesThatCannotBeOpenedAreSaidSo) {
         {"Provider=x;Data Source=\"/open.db", bad, ""},
         {"Provider=x;junk;", bad, ""},
         {"Data Source=\"a\"b", bad, ""},
+        // The demo database exists; the name goes on past a NUL.
+        {connectString(demo("demo.db") + QChar(0) + "junk"), bad, "NUL"},
     };
     for (const auto& [connect, code, reason] : cases) {
         ZelOleDbConnection connection;

@@ -65,6 +65,11 @@ int ZelOleDbConnection::OpenFromInitializationString(const QString& connect, boo
         path.trimmed().isEmpty())
         return fail(ZelOleDbErrorInfo::BadConnectString,
                     QStringLiteral("the connect string names no data source"));
+    // The file system would take the name only up to the NUL, another file than the one
+    // named: said as it is, not as a missing file.
+    if (path.contains(QChar(0)))
+        return fail(ZelOleDbErrorInfo::BadConnectString,
+                    QStringLiteral("the data source holds a NUL character"));
     // Absolute, so that SQLite never takes a name beginning with "file:" for a URI.
     m_dataSource = QFileInfo(path).absoluteFilePath();
     if (!QFileInfo::exists(m_dataSource))
