@@ -115,6 +115,22 @@ TEST_F(ConvWTDlgTest, APickReopensTheSameDialogOnThePickedWiresRow) {
     EXPECT_TRUE(messages().shown().empty());
 }
 
+TEST_F(ConvWTDlgTest, ARowSelectedBeforeAPickIsStillTheAnswer) {
+    // OK looks at the selected rows before the current cell, and a pick only moves the
+    // current cell: the row the drafter selected wins over the picked wire's.
+    queuePickOf(m_lines.value("RED_1.5"));
+    const QString answer =
+        runWith("(zel_wire_type_sel \"0\")", {[&](platform::TemplateDialog&) {
+                                                  clickRowHeader(rowOf("BLU_1.0"));
+                                                  clickButton(1010);
+                                              },
+                                              [&](platform::TemplateDialog&) {
+                                                  EXPECT_EQ(currentCell().first, rowOf("RED_1.5"));
+                                                  clickButton(1);
+                                              }});
+    EXPECT_EQ(answer, R"(("BLU_1.0" "0" "1" "0" "1"))");
+}
+
 TEST_F(ConvWTDlgTest, APickOnANonWireLayerSaysSoAndKeepsTheChoice) {
     queuePickOf(m_plainLine);
     OvEdBatchInput::instance().queuePickCancel();
