@@ -5,46 +5,15 @@
 #include "FuzzChain.h"
 #include "FuzzHost.h"
 
-#include "lisp/ZelLispFunctions.h"
+#include "support/ZelTestHost.h"
 
 #include "ovcore/OvLisp.h"
 #include "ovcore/oved.h"
 #include "zeloledb/ZelOleDbCommand.h"
 #include "zelpm/ZelPrmProjectManager.h"
 
-#include <utility>
 
 namespace {
-
-const std::pair<const wchar_t*, int (*)()> kFunctions[] = {
-    {L"zel_wire_type_sel", zel_wire_type_sel},
-    {L"zel_get_current_wiretype", zel_get_current_wiretype},
-    {L"zel_reset_current_wiretype", zel_reset_current_wiretype},
-    {L"zel_get_wiretype_settings", zel_get_wiretype_settings},
-    {L"zel_query_wiretype", zel_query_wiretype},
-    {L"zel_add_wiretype", zel_add_wiretype},
-    {L"zel_edit_wiretype", zel_edit_wiretype},
-    {L"zel_rename_wire_properties", zel_rename_wire_properties},
-    {L"zel_set_current_wiretype", zel_set_current_wiretype},
-    {L"zel_get_active_dwg_wiretype", zel_get_active_dwg_wiretype},
-    {L"zel_remove_wiretype", zel_remove_wiretype},
-    {L"zel_set_default_wiretype", zel_set_default_wiretype},
-    {L"zel_get_default_wiretype", zel_get_default_wiretype},
-    {L"zel_get_dwg_wiretype_settings", zel_get_dwg_wiretype_settings},
-    {L"zel_get_wiretype_layer_info", zel_get_wiretype_layer_info},
-    {L"zel_invoke_importwt_dlg", zel_invoke_importwt_dlg},
-};
-
-void defineFunctions() {
-    static const int module = 0;
-    ovcore::lisp::setActiveModule(&module, nullptr);
-    int number = 0;
-    for (const auto& [name, handler] : kFunctions) {
-        ovedDefun(name, ++number);
-        ovedRegFunc(handler, number);
-    }
-    ovcore::lisp::setActiveModule(nullptr, nullptr);
-}
 
 // A LISP string as a script writes it, escapes included.
 QString lispString(const QString& text) {
@@ -99,12 +68,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }();
     (void)once;
     fuzzsupport::Bytes bytes(data, size);
+    static const QStringList functions = ZelTestHost::moduleFunctionNames();
     const uint8_t choice = bytes.byte();
-    const auto& [name, handler] = kFunctions[choice % std::size(kFunctions)];
-    const QString function = QString::fromWCharArray(name);
+    const QString& function = functions.at(choice % functions.size());
 
     host.newDrawing();
-    defineFunctions();
+    ZelTestHost::defineModuleFunctions();
     // A few layers for the functions to find, one of them a wire type.
     ovcore::lisp::evalString(QStringLiteral(
         "(entmake '((0 . \"LAYER\") (2 . \"BK_1.5\"))) (entmake '((0 . \"LAYER\") (2 . \"RD\")))"
