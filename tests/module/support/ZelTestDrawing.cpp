@@ -1,5 +1,7 @@
 #include "support/ZelTestDrawing.h"
 
+#include "../../host/ovdb/OvdbBuild.h"
+
 #include "ovdb/ovdb.h"
 
 #include <gtest/gtest.h>
@@ -11,22 +13,6 @@ namespace {
 
 std::wstring wide(const QString& text) {
     return text.toStdWString();
-}
-
-OvDbObjectId blockDefinition(OvDbDatabase* database, const QString& name) {
-    OvDbBlockTable* table = nullptr;
-    EXPECT_EQ(database->getBlockTable(table, OvDb::kForWrite), Orvex::eOk);
-    if (table == nullptr)
-        return OvDbObjectId();
-    OvDbObjectId id;
-    if (table->getIdAt(name, id) != Orvex::eOk) {
-        auto* record = new OvDbBlockTableRecord;
-        EXPECT_EQ(record->setName(name), Orvex::eOk);
-        EXPECT_EQ(table->add(id, record), Orvex::eOk);
-        record->close();
-    }
-    table->close();
-    return id;
 }
 
 OvDbObjectId dictionaryOf(OvDbDictionary* dictionary, const QString& name) {
@@ -88,21 +74,13 @@ resbuf* readRecord(OvDbObjectId dictionaryId, const QString& key) {
 
 OvDbObjectId ZelTestDrawing::addLayer(OvDbDatabase* database, const QString& name, int colorIndex) {
     OvDbLayerTable* table = nullptr;
-    EXPECT_EQ(database->getLayerTable(table, OvDb::kForWrite), Orvex::eOk);
+    EXPECT_EQ(database->getLayerTable(table, OvDb::kForRead), Orvex::eOk);
     if (table == nullptr)
         return OvDbObjectId();
     OvDbObjectId id;
-    if (table->getIdAt(name, id) != Orvex::eOk) {
-        auto* layer = new OvDbLayerTableRecord;
-        EXPECT_EQ(layer->setName(name), Orvex::eOk);
-        OvCmColor color;
-        color.setColorIndex(colorIndex);
-        layer->setColor(color);
-        EXPECT_EQ(table->add(id, layer), Orvex::eOk);
-        layer->close();
-    }
+    const bool known = table->getIdAt(name, id) == Orvex::eOk;
     table->close();
-    return id;
+    return known ? id : ovdbtest::addLayer(*database, name, colorIndex);
 }
 
 OvDbObjectId ZelTestDrawing::addLine(OvDbDatabase* database, const QString& layer) {
@@ -120,7 +98,7 @@ OvDbObjectId ZelTestDrawing::addLine(OvDbDatabase* database, const QString& laye
 }
 
 OvDbObjectId ZelTestDrawing::addWdmBlock(OvDbDatabase* database, const QString& wireLayers) {
-    const OvDbObjectId block = blockDefinition(database, QStringLiteral("WD_M"));
+    const OvDbObjectId block = ovdbtest::addBlock(*database, QStringLiteral("WD_M"));
     OvDbBlockTableRecord* owner = nullptr;
     EXPECT_EQ(ovdbOpenObject(owner, database->modelSpaceId(), OvDb::kForWrite), Orvex::eOk);
     if (owner == nullptr)
