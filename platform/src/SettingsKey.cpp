@@ -48,7 +48,10 @@ bool validValueName(const QString& name) {
 } // namespace
 
 SettingsKey::SettingsKey() = default;
-SettingsKey::~SettingsKey() = default;
+
+SettingsKey::~SettingsKey() {
+    Close();
+}
 
 QString SettingsKey::StoreFileName() {
     if (!overriddenFileName().isEmpty()) {
@@ -71,8 +74,24 @@ long SettingsKey::Create(const QString& path, unsigned access) {
 }
 
 void SettingsKey::Close() {
+    Flush();
+    m_store.reset();
     m_path.clear();
     m_access = 0;
+}
+
+long SettingsKey::Flush() {
+    if (!m_store || !m_unsaved)
+        return Success;
+    m_unsaved = false;
+    m_store->sync();
+    return m_store->status() == QSettings::NoError ? Success : AccessDenied;
+}
+
+QSettings* SettingsKey::writableStore() {
+    if (!m_store)
+        m_store = std::make_unique<QSettings>(StoreFileName(), QSettings::IniFormat);
+    return m_store->isWritable() ? m_store.get() : nullptr;
 }
 
 long SettingsKey::openKey(const QString& path, unsigned access, bool create) {
@@ -145,11 +164,14 @@ long SettingsKey::SetDWORDValue(const QString& name, quint32 value) {
     if ((m_access & kSetValue) == 0) {
         return AccessDenied;
     }
-    QSettings store(StoreFileName(), QSettings::IniFormat);
-    store.setValue(m_path + u'/' + name,
-                   kDwordPrefix + QStringLiteral("%1").arg(value, 8, 16, QLatin1Char('0')));
-    store.sync();
-    return store.status() == QSettings::NoError ? Success : AccessDenied;
+    QSettings* store = writableStore();
+    if (!store) {
+        return AccessDenied;
+    }
+    store->setValue(m_path + u'/' + name,
+                    kDwordPrefix + QStringLiteral("%1").arg(value, 8, 16, QLatin1Char('0')));
+    m_unsaved = true;
+    return Success;
 }
 
 long SettingsKey::QueryStringValue(const QString& name, QString& value) const {
@@ -179,10 +201,13 @@ long SettingsKey::SetStringValue(const QString& name, const QString& value) {
     if ((m_access & kSetValue) == 0) {
         return AccessDenied;
     }
-    QSettings store(StoreFileName(), QSettings::IniFormat);
-    store.setValue(m_path + u'/' + name, kStringPrefix + value);
-    store.sync();
-    return store.status() == QSettings::NoError ? Success : AccessDenied;
+    QSettings* store = writableStore();
+    if (!store) {
+        return AccessDenied;
+    }
+    store->setValue(m_path + u'/' + name, kStringPrefix + value);
+    m_unsaved = true;
+    return Success;
 }
 
 long SettingsKey::DeleteValue(const QString& name) {
@@ -192,13 +217,16 @@ long SettingsKey::DeleteValue(const QString& name) {
     if ((m_access & kSetValue) == 0) {
         return AccessDenied;
     }
-    QSettings store(StoreFileName(), QSettings::IniFormat);
-    if (!store.contains(m_path + u'/' + name)) {
+    QSettings* store = writableStore();
+    if (!store) {
+        return AccessDenied;
+    }
+    if (!store->contains(m_path + u'/' + name)) {
         return FileNotFound;
     }
-    store.remove(m_path + u'/' + name);
-    store.sync();
-    return store.status() == QSettings::NoError ? Success : AccessDenied;
+    store->remove(m_path + u'/' + name);
+    m_unsaved = true;
+    return Success;
 }
 
 } // namespace platform

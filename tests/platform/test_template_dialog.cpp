@@ -12,6 +12,7 @@
 #include "platform/TemplateDialog.h"
 
 #include <QAction>
+#include <QFile>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
@@ -297,6 +298,13 @@ TEST(SettingsKey, TypedValuesInAKeyThatIsOpenedOrMade) {
     ASSERT_EQ(key.Create(path), SettingsKey::Success);
     EXPECT_EQ(key.SetDWORDValue("ColWidth2", 120), SettingsKey::Success);
     EXPECT_EQ(key.SetStringValue("Name", "text"), SettingsKey::Success);
+    // Written to the file together, when the key lets go or another key of the process
+    // looks, not once per value.
+    const auto onDisk = [&] {
+        QFile file(SettingsKey::StoreFileName());
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    };
+    EXPECT_FALSE(onDisk().contains("ColWidth2"));
 
     SettingsKey again;
     ASSERT_EQ(again.Open(path), SettingsKey::Success); // an empty key opens too
@@ -307,6 +315,15 @@ TEST(SettingsKey, TypedValuesInAKeyThatIsOpenedOrMade) {
     EXPECT_EQ(again.QueryDWORDValue("Name", width), SettingsKey::InvalidData);
     EXPECT_EQ(width, 120u);
     EXPECT_EQ(again.Open("Software\\Orvex\\Test"), SettingsKey::Success);
+
+    key.Close();
+    EXPECT_TRUE(onDisk().contains("ColWidth2"));
+    EXPECT_TRUE(onDisk().contains("sz:text"));
+    ASSERT_EQ(key.Open(path), SettingsKey::Success);
+    EXPECT_EQ(key.DeleteValue("Name"), SettingsKey::Success);
+    EXPECT_EQ(key.DeleteValue("Name"), SettingsKey::FileNotFound);
+    EXPECT_EQ(key.Flush(), SettingsKey::Success);
+    EXPECT_FALSE(onDisk().contains("sz:text"));
 
     SettingsKey reader;
     ASSERT_EQ(reader.Open(path, SettingsKey::KeyRead), SettingsKey::Success);

@@ -13,6 +13,10 @@ namespace platform {
 // paths with "\" between their parts (the host's per-product root, then the
 // caller's part). Values are typed; the module uses 32-bit DWORD values.
 //
+// Values set or deleted through one key are seen at once by every key of the process and
+// reach the file together when the key is closed, flushed or destroyed: a dialog that saves
+// its 25 column widths writes the file once, not 25 times.
+//
 // Results are Windows error numbers, so that callers test them as they would a
 // registry call: 0 success, 2 no such key or value, 5 no access, 13 a value of
 // another type, 87 a bad name.
@@ -38,7 +42,10 @@ public:
     long Open(const QString& path, unsigned access = KeyRead | KeyWrite);
     // Opens the key, making it (and the keys above it) when missing.
     long Create(const QString& path, unsigned access = KeyRead | KeyWrite);
+    // Writes what was set through this key to the file, then lets the key go.
     void Close();
+    // Writes what was set through this key to the file; AccessDenied when that failed.
+    long Flush();
     bool IsOpen() const { return !m_path.isEmpty(); }
     QString GetPath() const { return m_path; }
 
@@ -55,9 +62,14 @@ public:
 
 private:
     long openKey(const QString& path, unsigned access, bool create);
+    // The store that this key's changes wait in until they are flushed; null when the
+    // file can't be written.
+    QSettings* writableStore();
 
     QString m_path; // groups joined by "/"
     unsigned m_access = 0;
+    std::unique_ptr<QSettings> m_store;
+    bool m_unsaved = false;
 };
 
 } // namespace platform
