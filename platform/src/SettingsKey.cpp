@@ -88,10 +88,17 @@ long SettingsKey::Flush() {
     return m_store->status() == QSettings::NoError ? Success : AccessDenied;
 }
 
-QSettings* SettingsKey::writableStore() {
-    if (!m_store)
+QSettings& SettingsKey::store() const {
+    if (!m_store) {
         m_store = std::make_unique<QSettings>(StoreFileName(), QSettings::IniFormat);
-    return m_store->isWritable() ? m_store.get() : nullptr;
+        m_writable = m_store->isWritable();
+    }
+    return *m_store;
+}
+
+QSettings* SettingsKey::writableStore() {
+    QSettings& settings = store();
+    return m_writable ? &settings : nullptr;
 }
 
 long SettingsKey::openKey(const QString& path, unsigned access, bool create) {
@@ -100,11 +107,11 @@ long SettingsKey::openKey(const QString& path, unsigned access, bool create) {
     if (group.isEmpty()) {
         return InvalidParameter;
     }
-    QSettings store(StoreFileName(), QSettings::IniFormat);
-    const bool exists = store.contains(group + u'/' + kKeyMarker) || [&] {
-        store.beginGroup(group);
-        const bool any = !store.allKeys().isEmpty();
-        store.endGroup();
+    QSettings settings(StoreFileName(), QSettings::IniFormat);
+    const bool exists = settings.contains(group + u'/' + kKeyMarker) || [&] {
+        settings.beginGroup(group);
+        const bool any = !settings.allKeys().isEmpty();
+        settings.endGroup();
         return any;
     }();
     if (!exists) {
@@ -113,16 +120,16 @@ long SettingsKey::openKey(const QString& path, unsigned access, bool create) {
         }
         // The folder of the store may not exist yet on a new account.
         QDir().mkpath(QFileInfo(StoreFileName()).absolutePath());
-        if (!store.isWritable()) {
+        if (!settings.isWritable()) {
             return AccessDenied;
         }
         QString partial;
         for (const QString& part : group.split(u'/')) {
             partial += (partial.isEmpty() ? QString() : QStringLiteral("/")) + part;
-            store.setValue(partial + u'/' + kKeyMarker, true);
+            settings.setValue(partial + u'/' + kKeyMarker, true);
         }
-        store.sync();
-        if (store.status() != QSettings::NoError) {
+        settings.sync();
+        if (settings.status() != QSettings::NoError) {
             return AccessDenied;
         }
     }
@@ -139,8 +146,7 @@ long SettingsKey::QueryDWORDValue(const QString& name, quint32& value) const {
     if ((m_access & kQueryValue) == 0) {
         return AccessDenied;
     }
-    QSettings store(StoreFileName(), QSettings::IniFormat);
-    const QVariant stored = store.value(m_path + u'/' + name);
+    const QVariant stored = store().value(m_path + u'/' + name);
     if (!stored.isValid()) {
         return FileNotFound;
     }
@@ -181,8 +187,7 @@ long SettingsKey::QueryStringValue(const QString& name, QString& value) const {
     if ((m_access & kQueryValue) == 0) {
         return AccessDenied;
     }
-    QSettings store(StoreFileName(), QSettings::IniFormat);
-    const QVariant stored = store.value(m_path + u'/' + name);
+    const QVariant stored = store().value(m_path + u'/' + name);
     if (!stored.isValid()) {
         return FileNotFound;
     }

@@ -62,13 +62,15 @@ public:
 
 private:
     long openKey(const QString& path, unsigned access, bool create);
-    // The store that this key's changes wait in until they are flushed; null when the
-    // file can't be written.
+    // The store that this key reads, and that its changes wait in until they are flushed.
+    QSettings& store() const;
+    // The same store, or null when the file can't be written.
     QSettings* writableStore();
 
     QString m_path; // groups joined by "/"
     unsigned m_access = 0;
-    std::unique_ptr<QSettings> m_store;
+    mutable std::unique_ptr<QSettings> m_store;
+    mutable bool m_writable = false;
     bool m_unsaved = false;
 };
 
