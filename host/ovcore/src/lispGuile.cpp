@@ -1,4 +1,5 @@
 #include "lispGuile.h"
+#include "lispUnits.h"
 
 #include "cadLisp.h"
 #include "lispConvert.h"
@@ -150,7 +151,7 @@ SCM bootBody(void* data) {
     auto* boot = static_cast<BootData*>(data);
     scm_c_define_module("orvex host primitives", definePrimitives, nullptr);
     boot->hostModule = scm_c_define_module("orvex host", noModuleSetup, nullptr);
-    scm_eval_string_in_module(scm_from_utf8_string(bootSource()), boot->hostModule);
+    runLispUnit(LispUnit::Boot, boot->hostModule);
     defineCadFunctions(boot->hostModule);
     defineLibraryFunctions(boot->hostModule);
 

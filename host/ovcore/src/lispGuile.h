@@ -60,7 +60,4 @@ QString fromScheme(SCM string); // the caller checks that it is a string
 SCM lispErrorKey();
 SCM hostExceptionKey();
 
-// The Scheme source of the host module.
-const char* bootSource();
-
 } // namespace ovcore::lisp::detail

@@ -1,4 +1,5 @@
 #include "lispLib.h"
+#include "lispUnits.h"
 
 #include <initializer_list>
 
@@ -13,10 +14,9 @@ SCM defineAll(void*) {
     defineLibraryFilePrimitives();
     const SCM module = scm_current_module();
     // In order: later groups use what earlier ones define (texts use the numbers' checks).
-    for (const char* source : {libraryNumbersSource(), libraryTextsSource(), libraryListsSource(),
-                               libraryGeometrySource(), libraryDrawingSource(),
-                               libraryInputSource(), libraryFilesSource()})
-        scm_eval_string_in_module(scm_from_utf8_string(source), module);
+    for (LispUnit unit : {LispUnit::Numbers, LispUnit::Texts, LispUnit::Lists, LispUnit::Geometry,
+                          LispUnit::Drawing, LispUnit::Input, LispUnit::Files})
+        runLispUnit(unit, module);
     return SCM_UNSPECIFIED;
 }
 

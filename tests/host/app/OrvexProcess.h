@@ -30,6 +30,9 @@ public:
     void setAddonFolder(const QString& folder) {
         m_environment.insert(QStringLiteral("ORVEX_ADDON_DIR"), folder);
     }
+    void setEnvironment(const QString& name, const QString& value) {
+        m_environment.insert(name, value);
+    }
 
     // Starts orvex without waiting, for a test that runs several at once or stops one.
     void start(QProcess& process, const QStringList& arguments) const {

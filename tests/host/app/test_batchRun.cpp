@@ -48,6 +48,19 @@ TEST(OrvexEval, ValuesPrintInLispNotationEachOnALineOfItsOwn) {
               "abc\n\"abc\"\ndef\n5\nghi\n42\n");
 }
 
+// The host's own functions are loaded as the bytecode built with it, which keeps the names
+// of their arguments; evaluated from source (ORVEX_LISP_SOURCE), they would not.
+TEST(OrvexEval, TheHostsFunctionsAreLoadedCompiled) {
+    const QStringList arguments =
+        QStringList{"--batch", "--no-module"} +
+        OrvexProcess::evals({"(cdr (assq 'rest ((@ (system vm program) program-arguments-alist) "
+                             "/=)))"});
+    EXPECT_EQ(OrvexProcess().run(arguments).out.toStdString(), "more\n");
+    OrvexProcess fromSource;
+    fromSource.setEnvironment(QStringLiteral("ORVEX_LISP_SOURCE"), QStringLiteral("1"));
+    EXPECT_EQ(fromSource.run(arguments).out.toStdString(), "rest\n");
+}
+
 TEST(OrvexEval, ALispErrorIsPrintedAndTheRunGoesOnToExit1) {
     const auto r = OrvexProcess::batch(OrvexProcess::evals({"(car \"text\")", "(+ 2 2)", "(+ 1"}));
     EXPECT_EQ(r.exitCode, 1);

@@ -141,7 +141,6 @@ QString sweepScript(int seconds) {
         .arg(seconds);
 }
 
-
 // Far more than any call needs, even in the sanitizer build.
 constexpr int kSecondsPerCall = 5;
 
@@ -154,21 +153,31 @@ struct Call {
     QString answer;
 };
 
-TEST(LispSweep, EveryFunctionAnswersEveryArgumentAndTheRunLives) {
+// The sweep over the demo project and drawing; `fromSource` has the host evaluate its own
+// Scheme source instead of loading the bytecode built from it.
+OrvexProcess::Result runSweep(bool fromSource) {
     QTemporaryDir folder;
     for (const char* name : {"demo.zpj", "demo.db", "drawings/demo.dwg"}) {
         const QString file = folder.filePath(name);
         QDir().mkpath(QFileInfo(file).absolutePath());
-        ASSERT_TRUE(QFile::copy(QStringLiteral(ZEL_DEMO_DIR "/") + name, file));
+        if (!QFile::copy(QStringLiteral(ZEL_DEMO_DIR "/") + name, file)) {
+            ADD_FAILURE() << "no demo file " << name;
+            return {};
+        }
     }
     const QString script = OrvexProcess::writeFile(folder.filePath("sweep.lsp"),
                                                    sweepScript(kSecondsPerCall).toUtf8());
     OrvexProcess orvex;
     // The add-on as the program finds it beside itself.
     orvex.setAddonFolder(QFileInfo(QStringLiteral(ORVEX_PROGRAM)).absolutePath());
-    const OrvexProcess::Result r =
-        orvex.run({"--batch", "--project", folder.filePath("demo.zpj"),
-                   folder.filePath("drawings/demo.dwg"), "--script", script});
+    if (fromSource)
+        orvex.setEnvironment(QStringLiteral("ORVEX_LISP_SOURCE"), QStringLiteral("1"));
+    return orvex.run({"--batch", "--project", folder.filePath("demo.zpj"),
+                      folder.filePath("drawings/demo.dwg"), "--script", script});
+}
+
+TEST(LispSweep, EveryFunctionAnswersEveryArgumentAndTheRunLives) {
+    const OrvexProcess::Result r = runSweep(false);
     ASSERT_TRUE(r.exitCode == 0 || r.exitCode == 1)
         << "the run did not live: " << r.exitCode << r.err.toStdString();
     ASSERT_TRUE(r.out.contains("@@ sweep done")) << r.out.right(3000).toStdString();
@@ -217,6 +226,29 @@ TEST(LispSweep, EveryFunctionAnswersEveryArgumentAndTheRunLives) {
                 << call.answer.toStdString();
         }
     }
+}
+
+// The bytecode loaded at start is the host's source compiled: every call of the sweep gives
+// the same answer both ways, up to the run's folder, the addresses that printed objects
+// carry, and the names of a procedure's arguments, which only compiled code keeps.
+TEST(LispSweep, TheCompiledHostAnswersAsItsSourceDoes) {
+    const auto answers = [](const OrvexProcess::Result& r) {
+        QStringList lines = OrvexProcess::linesOf(r.out, "@@ ");
+        lines.replaceInStrings(QRegularExpression("[0-9a-f]{8,}"), "#");
+        lines.replaceInStrings(QRegularExpression("qt_temp-\\w+"), "folder");
+        lines.replaceInStrings(QRegularExpression("#<procedure (\\S+) \\([^)]*\\)>"),
+                               "#<procedure \\1>");
+        lines.replaceInStrings(
+            QRegularExpression("(eval: )?Wrong number of arguments( to #<procedure \\S+>)?"),
+            "Wrong number of arguments");
+        return lines;
+    };
+    const QStringList compiled = answers(runSweep(false));
+    const QStringList source = answers(runSweep(true));
+    ASSERT_TRUE(compiled.contains("@@ sweep done"));
+    ASSERT_EQ(compiled.size(), source.size());
+    for (qsizetype i = 0; i < compiled.size(); ++i)
+        EXPECT_EQ(compiled[i].toStdString(), source[i].toStdString());
 }
 
 } // namespace

@@ -1,11 +1,6 @@
-// Geometry on points, which are lists of two or three numbers. A 2D point counts as lying
-// at z 0; a result keeps the dimension its first point had.
-#include "lispLib.h"
+;; Geometry on points, which are lists of two or three numbers. A 2D point counts as lying
+;; at z 0; a result keeps the dimension its first point had.
 
-namespace ovcore::lisp::detail {
-
-const char* libraryGeometrySource() {
-    return R"scheme(
 (define (check-point who p)
   (if (and (list? p) (memv (length p) '(2 3))
            (let every ((rest p)) (or (null? rest) (and (real? (car rest)) (every (cdr rest))))))
@@ -72,7 +67,3 @@ const char* libraryGeometrySource() {
                 (else p))))))
 
 (module-replace! (current-module) '(polar distance (lisp-angle . angle) inters))
-)scheme";
-}
-
-} // namespace ovcore::lisp::detail

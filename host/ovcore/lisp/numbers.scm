@@ -1,11 +1,6 @@
-// Numbers as the dialect has them: integers of 32 bits that wrap around on overflow,
-// integer division that truncates, and reals wherever one real takes part.
-#include "lispLib.h"
+;; Numbers as the dialect has them: integers of 32 bits that wrap around on overflow,
+;; integer division that truncates, and reals wherever one real takes part.
 
-namespace ovcore::lisp::detail {
-
-const char* libraryNumbersSource() {
-    return R"scheme(
 (define %int-min -2147483648)
 (define %int-max 2147483647)
 
@@ -177,7 +172,3 @@ const char* libraryNumbersSource() {
     boole (lisp-sqrt . sqrt) (lisp-expt . expt) (lisp-exp . exp) (lisp-log . log)
     (lisp-sin . sin) (lisp-cos . cos) (lisp-atan . atan) pi
     (lisp-< . <) (lisp-> . >) (lisp-<= . <=) (lisp->= . >=)))
-)scheme";
-}
-
-} // namespace ovcore::lisp::detail

@@ -1,11 +1,6 @@
-// The host module (orvex host): what every document's environment imports before
-// (guile), so that its CAD LISP forms take the place of Guile's of the same name.
-#include "lispGuile.h"
+;; The host module (orvex host): what every document's environment imports before
+;; (guile), so that its CAD LISP forms take the place of Guile's of the same name.
 
-namespace ovcore::lisp::detail {
-
-const char* bootSource() {
-    return R"scheme(
 (use-modules (orvex host primitives)
              (system syntax)
              (system vm vm)
@@ -509,7 +504,3 @@ const char* bootSource() {
 ;; Exported as replacements, so that a document, which imports this module and (guile),
 ;; takes these without a warning about the names both define.
 (module-replace! (current-module) %exports)
-)scheme";
-}
-
-} // namespace ovcore::lisp::detail

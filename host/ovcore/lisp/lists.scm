@@ -1,12 +1,7 @@
-// Lists and symbols. A script can make a circular list with set-cdr!, and nothing here may
-// loop on one: every function that walks a list checks first that it ends, and refuses
-// one that does not with an error naming itself.
-#include "lispLib.h"
+;; Lists and symbols. A script can make a circular list with set-cdr!, and nothing here may
+;; loop on one: every function that walks a list checks first that it ends, and refuses
+;; one that does not with an error naming itself.
 
-namespace ovcore::lisp::detail {
-
-const char* libraryListsSource() {
-    return R"scheme(
 ;; Walks the car and cdr links depth first; a pair met again on its own path is a cycle.
 ;; Shared parts that are no cycle (the same list twice in a list) are fine.
 (define (check-finite-tree who x)
@@ -114,7 +109,3 @@ const char* libraryListsSource() {
   (append (map %define-cxr! %cxr-names)
           '(subst boundp (lisp-set . set) (lisp-length . length) (lisp-reverse . reverse)
             (lisp-append . append) (lisp-member . member) (lisp-assoc . assoc))))
-)scheme";
-}
-
-} // namespace ovcore::lisp::detail
