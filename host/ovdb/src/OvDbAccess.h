@@ -58,6 +58,7 @@ public:
     // Ties an object read from a file to its stub; the read wires up the rest.
     static void adopt(OvDbObject* object, OvDbStub* stub) {
         stub->object = object;
+        stub->objectClass = object->isA();
         object->m_stub = stub;
         object->m_writer = false;
     }

@@ -102,6 +102,7 @@ OvDbDatabase::Impl::~Impl() {
     for (OvDbStub& stub : stubs) {
         OvDbObject* object = stub.object;
         stub.object = nullptr;
+        stub.objectClass = nullptr;
         delete object;
     }
 }

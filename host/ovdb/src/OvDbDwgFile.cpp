@@ -478,7 +478,7 @@ Problem Loader::resolve(std::uint64_t handle, OvRxClass* expected, const What& w
         return fail(
             Orvex::eDanglingHandle,
             QStringLiteral("%1 refers to handle %2, which no object has").arg(what(), hex(handle)));
-    if (expected && !stub->object->isKindOf(expected))
+    if (expected && !stub->holdsKindOf(expected))
         return fail(
             Orvex::eBadDrawingFormat,
             QStringLiteral("%1 refers to %2, a %3, where a %4 belongs")

@@ -308,7 +308,7 @@ bool OvDbDwgReader::readRef(QLatin1StringView key, OvDbObjectId& slot, OvRxClass
         return true;
     if (m_known) {
         OvDbStub* stub = m_known->find(handle);
-        if (stub && stub->object && (!expected || stub->object->isKindOf(expected))) {
+        if (stub && stub->object && (!expected || stub->holdsKindOf(expected))) {
             slot = OvDbObjectId(stub);
             return true;
         }

@@ -55,6 +55,7 @@ OvDbObject::~OvDbObject() {
             QStringLiteral("%1 was deleted while in a database; close it instead")
                 .arg(OvDbAccess::describe(this)));
         m_stub->object = nullptr;
+        m_stub->objectClass = nullptr;
     }
 }
 
@@ -208,6 +209,7 @@ void OvDbAccess::addToDatabase(Impl* impl, OvDbObject* object, OvDbStub* owner, 
     if (!stub)
         stub = impl->newStub();
     stub->object = object;
+    stub->objectClass = object->isA();
     object->m_stub = stub;
     object->m_owner = owner;
     object->m_readers = 0;

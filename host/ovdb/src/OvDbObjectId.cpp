@@ -22,5 +22,5 @@ OvDbDatabase* OvDbObjectId::database() const {
 }
 
 OvRxClass* OvDbObjectId::objectClass() const {
-    return m_stub && m_stub->object ? m_stub->object->isA() : nullptr;
+    return m_stub && m_stub->object ? m_stub->objectClass : nullptr;
 }
