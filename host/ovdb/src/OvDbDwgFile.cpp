@@ -22,6 +22,7 @@
 #include "ovdb/OvDbXrecord.h"
 
 #include "OvDbDwgFileObject.h"
+#include "OvDbMemory.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -764,6 +765,7 @@ Orvex::ErrorStatus readWholeFile(const QString& file, simdjson::padded_string& d
         problem = QStringLiteral("cannot be read: too large for the memory");
         return Orvex::eFileAccessErr;
     }
+    ovdbAdviseHugePages(data.data(), size);
     std::size_t done = 0;
     while (done < size) {
         const ssize_t n = ::read(fd, data.data() + done, size - done);

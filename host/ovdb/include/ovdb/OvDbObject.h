@@ -5,6 +5,8 @@
 #include "ovdb/OvErrorStatus.h"
 #include "ovdb/OvRxObject.h"
 
+#include <cstddef>
+#include <new>
 #include <vector>
 
 class OvDbAccess;
@@ -32,6 +34,10 @@ public:
 
     ~OvDbObject() override;
     OvDbObject(const OvDbObject&) = delete;
+    // Objects come from pools of the database library, sized to them (OvDbMemory.cpp).
+    static void* operator new(std::size_t size);
+    static void* operator new(std::size_t size, const std::nothrow_t&) noexcept;
+    static void operator delete(void* object, std::size_t size);
     OvDbObject& operator=(const OvDbObject&) = delete;
 
     OvDbObjectId objectId() const;
