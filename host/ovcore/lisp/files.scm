@@ -62,19 +62,16 @@
     (set-lisp-file-port! file #f))
   '())
 
-(define (reading-port who file)
+(define (open-port-of who file reading?)
   (unless (lisp-file? file) (bad-argument who file))
   (unless (lisp-file-port file) (lisp-error "~a: the file ~a is closed" who (lisp-file-path file)))
-  (unless (string=? (lisp-file-mode file) "r")
-    (lisp-error "~a: the file ~a is not open for reading" who (lisp-file-path file)))
+  (unless (eq? reading? (string=? (lisp-file-mode file) "r"))
+    (lisp-error "~a: the file ~a is not open for ~a" who (lisp-file-path file)
+                (if reading? "reading" "writing")))
   (lisp-file-port file))
 
-(define (writing-port who file)
-  (unless (lisp-file? file) (bad-argument who file))
-  (unless (lisp-file-port file) (lisp-error "~a: the file ~a is closed" who (lisp-file-path file)))
-  (when (string=? (lisp-file-mode file) "r")
-    (lisp-error "~a: the file ~a is not open for writing" who (lisp-file-path file)))
-  (lisp-file-port file))
+(define (reading-port who file) (open-port-of who file #t))
+(define (writing-port who file) (open-port-of who file #f))
 
 ;; Typed input read a character at a time: the rest of the last line typed.
 (define %keyboard "")
