@@ -96,6 +96,15 @@ QSettings& SettingsKey::store() const {
     return *m_store;
 }
 
+void SettingsKey::put(const QString& key, const QString& text) {
+    // A value set as it already stands changes nothing, and the file is not written again
+    // for it: a dialog saves its column widths at every OK, most often unchanged.
+    if (m_store->value(key) == QVariant(text))
+        return;
+    m_store->setValue(key, text);
+    m_unsaved = true;
+}
+
 QSettings* SettingsKey::writableStore() {
     QSettings& settings = store();
     return m_writable ? &settings : nullptr;
@@ -170,13 +179,11 @@ long SettingsKey::SetDWORDValue(const QString& name, quint32 value) {
     if ((m_access & kSetValue) == 0) {
         return AccessDenied;
     }
-    QSettings* store = writableStore();
-    if (!store) {
+    if (!writableStore()) {
         return AccessDenied;
     }
-    store->setValue(m_path + u'/' + name,
-                    kDwordPrefix + QStringLiteral("%1").arg(value, 8, 16, QLatin1Char('0')));
-    m_unsaved = true;
+    put(m_path + u'/' + name,
+        kDwordPrefix + QStringLiteral("%1").arg(value, 8, 16, QLatin1Char('0')));
     return Success;
 }
 
@@ -206,12 +213,10 @@ long SettingsKey::SetStringValue(const QString& name, const QString& value) {
     if ((m_access & kSetValue) == 0) {
         return AccessDenied;
     }
-    QSettings* store = writableStore();
-    if (!store) {
+    if (!writableStore()) {
         return AccessDenied;
     }
-    store->setValue(m_path + u'/' + name, kStringPrefix + value);
-    m_unsaved = true;
+    put(m_path + u'/' + name, kStringPrefix + value);
     return Success;
 }
 

@@ -23,6 +23,8 @@
 
 #include <algorithm>
 
+#include <sys/stat.h>
+
 namespace {
 
 using namespace platform;
@@ -324,6 +326,20 @@ TEST(SettingsKey, TypedValuesInAKeyThatIsOpenedOrMade) {
     EXPECT_EQ(key.DeleteValue("Name"), SettingsKey::FileNotFound);
     EXPECT_EQ(key.Flush(), SettingsKey::Success);
     EXPECT_FALSE(onDisk().contains("sz:text"));
+    // A value set as it stands leaves the file alone; a new one has it written anew.
+    const auto fileNumber = [] {
+        struct stat st {};
+        return ::stat(QFile::encodeName(SettingsKey::StoreFileName()).constData(), &st) == 0
+                   ? st.st_ino
+                   : ino_t{0};
+    };
+    const ino_t before = fileNumber();
+    EXPECT_EQ(key.SetDWORDValue("ColWidth2", 120), SettingsKey::Success);
+    EXPECT_EQ(key.Flush(), SettingsKey::Success);
+    EXPECT_EQ(fileNumber(), before);
+    EXPECT_EQ(key.SetDWORDValue("ColWidth2", 121), SettingsKey::Success);
+    EXPECT_EQ(key.Flush(), SettingsKey::Success);
+    EXPECT_NE(fileNumber(), before);
 
     SettingsKey reader;
     ASSERT_EQ(reader.Open(path, SettingsKey::KeyRead), SettingsKey::Success);

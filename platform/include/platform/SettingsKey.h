@@ -66,6 +66,8 @@ private:
     QSettings& store() const;
     // The same store, or null when the file can't be written.
     QSettings* writableStore();
+    // Sets `key` of the store to `text`, to be written with the next flush.
+    void put(const QString& key, const QString& text);
 
     QString m_path; // groups joined by "/"
     unsigned m_access = 0;
