@@ -25,14 +25,16 @@ namespace platform {
 
 GridWindow::GridWindow(QWidget* parent) : QTableView(parent) {
     KeyFilter::installRouter();
-    m_model = new GridModel(this);
-    setModel(m_model);
-    m_delegate = new GridItemDelegate(this);
-    setItemDelegate(m_delegate);
+    // The headers go in before the model, so that the model is tied to the view's headers
+    // once, not first to the default ones that these replace.
     m_colHeader = new GridHeaderView(Qt::Horizontal, this);
     m_rowHeader = new GridHeaderView(Qt::Vertical, this);
     setHorizontalHeader(m_colHeader);
     setVerticalHeader(m_rowHeader);
+    m_model = new GridModel(this);
+    setModel(m_model);
+    m_delegate = new GridItemDelegate(this);
+    setItemDelegate(m_delegate);
     m_colHeader->setDefaultSectionSize(m_defaultColWidth);
     m_rowHeader->setDefaultSectionSize(fontMetrics().height() + 8);
     // The grid opens its editors itself, so that every edit takes the same road.
