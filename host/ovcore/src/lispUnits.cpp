@@ -53,8 +53,6 @@ const Unit s_units[] = {OVCORE_UNIT_ENTRY(boot),     OVCORE_UNIT_ENTRY(numbers),
                         OVCORE_UNIT_ENTRY(geometry), OVCORE_UNIT_ENTRY(drawing),
                         OVCORE_UNIT_ENTRY(input),    OVCORE_UNIT_ENTRY(files)};
 
-int s_runCompiled = 0;
-
 SCM loadBody(void* data) {
     const Unit& unit = *static_cast<const Unit*>(data);
     const auto size = static_cast<size_t>(unit.bytecodeEnd - unit.bytecode);
@@ -82,7 +80,6 @@ SCM runBody(void* data) {
                                       nullptr, nullptr, nullptr);
         if (scm_is_true(scm_procedure_p(thunk))) {
             scm_call_0(thunk);
-            ++s_runCompiled;
             return SCM_UNSPECIFIED;
         }
     }
@@ -96,10 +93,6 @@ void runLispUnit(LispUnit unit, SCM module) {
     static_assert(std::size(s_units) == static_cast<size_t>(LispUnit::Files) + 1);
     RunData data{&s_units[static_cast<size_t>(unit)]};
     scm_c_call_with_current_module(module, runBody, &data);
-}
-
-int lispUnitsRunCompiled() {
-    return s_runCompiled;
 }
 
 } // namespace ovcore::lisp::detail

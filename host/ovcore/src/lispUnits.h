@@ -14,7 +14,4 @@ enum class LispUnit { Boot, Numbers, Texts, Lists, Geometry, Drawing, Input, Fil
 // Runs the unit with `module` as the current module. Errors of its forms propagate.
 void runLispUnit(LispUnit unit, SCM module);
 
-// How many units ran from their bytecode since the process started.
-int lispUnitsRunCompiled();
-
 } // namespace ovcore::lisp::detail
