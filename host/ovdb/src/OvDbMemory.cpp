@@ -23,11 +23,12 @@ constexpr std::uintptr_t kHugePage = std::uintptr_t{2} << 20;
 #ifndef OVDB_PLAIN_OBJECTS
 
 // Objects of a drawing come from pools of their size, carved out of 2 MB blocks in huge
-// pages: a read makes a million of them one after another, and the general allocator
-// spent a tenth of that read on them, its page faults more, and as long again on freeing
-// them when the drawing closed. A freed object's memory goes to the next object of its size;
-// the blocks stay with the process. Each thread has pools of its own, so that nothing is
-// locked; an object freed by another thread than the one that made it joins that thread's pool.
+// pages. A read makes a hundred thousand of them or more one after another, and the general
+// allocator took a page fault per 4 KB for them and a walk of its bins for each on freeing:
+// opening the 10,000-layer drawing took 0.18 s with it and 0.16 s with these pools. A freed
+// object's memory goes to the next object of its size; the blocks stay with the process.
+// Each thread has pools of its own, so that nothing is locked; an object freed by another
+// thread than the one that made it joins that thread's pool.
 constexpr std::size_t kGrain = 16;
 constexpr std::size_t kSizes = 32; // up to 496 bytes; larger objects are left to the heap
 
