@@ -67,12 +67,8 @@ SCM notLoaded(void*, SCM, SCM) {
     return SCM_BOOL_F;
 }
 
-struct RunData {
-    const Unit* unit;
-};
-
 SCM runBody(void* data) {
-    const Unit& unit = *static_cast<RunData*>(data)->unit;
+    const Unit& unit = *static_cast<const Unit*>(data);
     static const bool fromSource = std::getenv("ORVEX_LISP_SOURCE") != nullptr;
     if (!fromSource) {
         // Only the loading is caught: an error while the unit's forms run is the unit's.
@@ -91,8 +87,8 @@ SCM runBody(void* data) {
 
 void runLispUnit(LispUnit unit, SCM module) {
     static_assert(std::size(s_units) == static_cast<size_t>(LispUnit::Files) + 1);
-    RunData data{&s_units[static_cast<size_t>(unit)]};
-    scm_c_call_with_current_module(module, runBody, &data);
+    scm_c_call_with_current_module(module, runBody,
+                                   const_cast<Unit*>(&s_units[static_cast<size_t>(unit)]));
 }
 
 } // namespace ovcore::lisp::detail

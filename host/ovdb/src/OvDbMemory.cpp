@@ -2,7 +2,6 @@
 
 #include "ovdb/OvDbObject.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <new>
 
@@ -106,15 +105,7 @@ void* OvDbObject::operator new(std::size_t size) {
         return object;
     }
     if (static_cast<std::size_t>(pools.end - pools.next) < rounded) {
-        // What is left of the old block goes to the pools of the sizes that fit in it.
-        while (static_cast<std::size_t>(pools.end - pools.next) >= kGrain) {
-            const std::size_t left = static_cast<std::size_t>(pools.end - pools.next);
-            const std::size_t piece = std::min(left, (kSizes - 1) * kGrain);
-            auto* spare = reinterpret_cast<FreeObject*>(pools.next);
-            spare->next = pools.free[piece / kGrain];
-            pools.free[piece / kGrain] = spare;
-            pools.next += piece;
-        }
+        // The end of the old block, less than one object, is left unused.
         pools.next = newBlock();
         pools.end = pools.next + kHugePage;
     }
