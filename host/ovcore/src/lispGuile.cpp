@@ -183,6 +183,14 @@ void protectProcedures() {
 
 } // namespace
 
+SCM evalForms(const char* text, SCM module) {
+    const SCM port = scm_open_input_string(scm_from_utf8_string(text));
+    SCM value = SCM_UNSPECIFIED;
+    for (SCM form = scm_read(port); !SCM_EOF_OBJECT_P(form); form = scm_read(port))
+        value = scm_eval(form, module);
+    return value;
+}
+
 bool ensureBooted() {
     LispState& state = LispState::instance();
     if (state.booted)

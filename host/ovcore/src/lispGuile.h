@@ -60,4 +60,8 @@ QString fromScheme(SCM string); // the caller checks that it is a string
 SCM lispErrorKey();
 SCM hostExceptionKey();
 
+// Reads `text` form by form and evaluates each in `module`; the last value. Unlike Guile's
+// eval-string, this does not load the compiler and its languages into the process.
+SCM evalForms(const char* text, SCM module);
+
 } // namespace ovcore::lisp::detail

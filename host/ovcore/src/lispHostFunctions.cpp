@@ -61,13 +61,7 @@ SCM defineBody(void* data) {
         scm_c_module_define(module, "%host-function-call",
                             scm_c_make_gsubr("%host-function-call", 2, 0, 0,
                                              reinterpret_cast<scm_t_subr>(callHostFunction)));
-    // Read and evaluated form by form: Guile's eval-string would load its whole compiler
-    // tower for two forms, at every start.
-    const SCM port = scm_open_input_string(scm_from_utf8_string(define->source.constData()));
-    SCM value = SCM_UNSPECIFIED;
-    for (SCM form = scm_read(port); !SCM_EOF_OBJECT_P(form); form = scm_read(port))
-        value = scm_eval(form, module);
-    return value;
+    return detail::evalForms(define->source.constData(), module);
 }
 
 } // namespace

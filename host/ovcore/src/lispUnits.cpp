@@ -1,5 +1,7 @@
 #include "lispUnits.h"
 
+#include "lispGuile.h"
+
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
@@ -79,7 +81,7 @@ SCM runBody(void* data) {
             return SCM_UNSPECIFIED;
         }
     }
-    scm_eval_string(scm_from_utf8_string(unit.source));
+    evalForms(unit.source, scm_current_module());
     return SCM_UNSPECIFIED;
 }
 
