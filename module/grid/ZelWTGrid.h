@@ -167,6 +167,9 @@ private:
     bool m_bModified = false;
     bool m_bCellDirty = false;
     bool m_bReportNameError = true;
+    // The row the cursor is being sent back to after its name fault was told, until the
+    // move there is made; 0 when none.
+    int m_nNameErrorRow = 0;
     bool m_bMakeAllValidWire = false;
     bool m_bOptionsLocked = false;
     bool m_bEditMode = false;

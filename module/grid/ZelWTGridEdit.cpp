@@ -68,7 +68,12 @@ bool ZelWTGrid::OnLeftCell(int row, int col, int newRow, int newCol) {
         CommitCell(row, col);
         if (row != newRow || col != newCol) {
             QString error;
-            if (!ValidateRow(row, Cell(row, 5).trimmed(), error)) {
+            // Until the cursor is back at a row whose fault was just told, no other fault is
+            // told: rows at fault would send it to each other for ever, one go-back behind
+            // the other, the more so behind moves already queued, as a paste's. The fault
+            // of a row left on the way is told when the drafter leaves it.
+            const bool goingBack = m_nNameErrorRow != 0;
+            if (!ValidateRow(row, Cell(row, 5).trimmed(), error) && !goingBack) {
                 bool shown = false;
                 if (Cell(newRow, 5).compare(Cell(row, 5), Qt::CaseInsensitive) != 0) {
                     platform::appMessageBox(error);
@@ -81,6 +86,7 @@ bool ZelWTGrid::OnLeftCell(int row, int col, int newRow, int newCol) {
                     shown = true;
                 }
                 if (shown) {
+                    m_nNameErrorRow = row;
                     PostToSelf(WM_WTG_GOTOCELL, static_cast<quintptr>(row), 5);
                     SetNameCellEditable(row, true);
                 }

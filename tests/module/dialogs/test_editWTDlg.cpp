@@ -333,6 +333,41 @@ TEST_F(EditWTDlgTest, RowsCopiedInOneRunArePastedInTheNext) {
         << wireRecord(saved, "RD_1").toStdString();
 }
 
+TEST_F(EditWTDlgTest, TwoRowsWithBadNamesTellTheFaultOnceAndLetTheDrafterMendBoth) {
+    wireTypeDrawing({"RED_1"}, {.saved = true});
+    runEditDialog([&] {
+        clickCell(2, 3);
+        QApplication::clipboard()->setText("GN\t2\tGN<2\nYE\t4\tYE>4\n");
+        key(Qt::Key_V, Qt::ControlModifier);
+        settle();
+        EXPECT_TRUE(messages().shown().empty()) << "told when the row is left";
+
+        // Leaving the first bad row for the second sends the cursor back; on its way back
+        // it leaves the second bad row, which must not send it away again.
+        clickCell(3, 3);
+        settle();
+        EXPECT_EQ(currentCell(), std::make_pair(2, 5));
+        EXPECT_EQ(messages().shown().size(), 1u);
+        EXPECT_TRUE(grid().IsActiveCurrentCell()) << "the name at fault is open for typing";
+
+        for (int i = 0; i < 4; ++i)
+            key(Qt::Key_Backspace);
+        typeText("GN_2");
+        clickCell(3, 5);
+        contextMenu(3, 5, 40043);
+        for (int i = 0; i < 4; ++i)
+            key(Qt::Key_Backspace);
+        typeText("YE_4");
+        clickCell(1, 3);
+        settle();
+        EXPECT_EQ(messages().shown().size(), 1u);
+        clickButton(1);
+    });
+    OvDbDatabase* saved = savedDrawing();
+    EXPECT_TRUE(layerId(saved, "GN_2").isValid());
+    EXPECT_TRUE(layerId(saved, "YE_4").isValid());
+}
+
 TEST_F(EditWTDlgTest, ThreeSelectedRowsTakeTheOneColourChosen) {
     wireTypeDrawing({"BLUE_1", "GRN_1", "RED_1", "YEL_1"}, {.saved = true});
     runEditDialog([&] {
