@@ -1,11 +1,13 @@
 // The wire type grid over a drawing of 10,000 layers: loading 2,000 wire types into it,
-// and committing 1,000 rows that the drafter changed.
+// moving the cursor among them, and committing 1,000 rows that the drafter changed.
 #include "StoreBenchHost.h"
 
 #include "grid/ZelWTGrid.h"
+#include "grid/ZelWTGridMessages.h"
 #include "shell/ZelLibraryEntry.h"
 #include "store/ZelWireTypeRec.h"
 
+#include "platform/PrivateMessage.h"
 #include "platform/SettingsKey.h"
 
 #include <QApplication>
@@ -52,6 +54,28 @@ void BM_InitGrid2000WireTypesIn10000Layers(benchmark::State& state) {
     state.counters["rows"] = rows;
 }
 BENCHMARK(BM_InitGrid2000WireTypesIn10000Layers)->Unit(benchmark::kMillisecond);
+
+// One step of the cursor, as the dialogs move it: the new row turns blue and the old one
+// white again. A drafter holding the Down key waits for this at every row.
+void BM_MoveCursorIn2000WireTypes(benchmark::State& state) {
+    StoreBenchHost host;
+    loadDrawing(host, 2000, 10000);
+    ZelAttachResources(QCoreApplication::applicationDirPath());
+    const std::unique_ptr<QWidget> owner = makeOwner();
+    ZelWTGrid grid(owner.get());
+    grid.Initialize();
+    grid.InitGrid(owner.get(), false, true);
+    QCoreApplication::processEvents();
+    int row = 0;
+    for (auto _ : state) {
+        row = row % grid.GetWireTypeRows() + 1;
+        platform::PostMessage(&grid, zelgrid::WM_WTG_GOTOCELL, static_cast<quintptr>(row), 5);
+        QCoreApplication::processEvents();
+    }
+    state.counters["rows"] = grid.GetWireTypeRows();
+    ZelWireTypeRec::ResetKey();
+}
+BENCHMARK(BM_MoveCursorIn2000WireTypes)->Unit(benchmark::kMicrosecond);
 
 void BM_CommitAll1000EditedRows(benchmark::State& state) {
     StoreBenchHost host;
