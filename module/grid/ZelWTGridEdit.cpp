@@ -74,19 +74,14 @@ bool ZelWTGrid::OnLeftCell(int row, int col, int newRow, int newCol) {
             // of a row left on the way is told when the drafter leaves it.
             const bool goingBack = m_nNameErrorRow != 0;
             if (!ValidateRow(row, Cell(row, 5).trimmed(), error) && !goingBack) {
-                bool shown = false;
-                if (Cell(newRow, 5).compare(Cell(row, 5), Qt::CaseInsensitive) != 0) {
-                    platform::appMessageBox(error);
-                    m_bReportNameError = true;
-                    shown = true;
-                } else if (m_bReportNameError) {
-                    // Staying in the same name, the fault is told once.
-                    platform::appMessageBox(error);
-                    m_bReportNameError = false;
-                    shown = true;
-                }
-                if (shown) {
+                // Staying in the same name, the fault is told once.
+                const bool otherName =
+                    Cell(newRow, 5).compare(Cell(row, 5), Qt::CaseInsensitive) != 0;
+                if (otherName || m_bReportNameError) {
+                    // Set before the message box, whose loop runs the moves already queued.
                     m_nNameErrorRow = row;
+                    platform::appMessageBox(error);
+                    m_bReportNameError = otherName;
                     PostToSelf(WM_WTG_GOTOCELL, static_cast<quintptr>(row), 5);
                     SetNameCellEditable(row, true);
                 }
