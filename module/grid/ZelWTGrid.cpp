@@ -271,8 +271,6 @@ void ZelWTGrid::OnGotoCell(int row, int col, bool columnGiven) {
     if (col == 0)
         col = 5;
     MoveTo(row, col);
-    if (row == m_nNameErrorRow)
-        m_nNameErrorRow = 0;
     const bool usable = row != 0 && row <= RowCount() && columnGiven;
     PostToOwner(WM_WTG_ENABLEOK, usable ? 1 : 0, 0);
     UpdateButtons(row);

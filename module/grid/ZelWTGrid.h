@@ -168,7 +168,7 @@ private:
     bool m_bCellDirty = false;
     bool m_bReportNameError = true;
     // The row the cursor is being sent back to after its name fault was told, until the
-    // move there is made; 0 when none.
+    // go-back has run; 0 when none.
     int m_nNameErrorRow = 0;
     bool m_bMakeAllValidWire = false;
     bool m_bOptionsLocked = false;

@@ -83,6 +83,10 @@ bool ZelWTGrid::OnLeftCell(int row, int col, int newRow, int newCol) {
                     platform::appMessageBox(error);
                     m_bReportNameError = otherName;
                     PostToSelf(WM_WTG_GOTOCELL, static_cast<quintptr>(row), 5);
+                    // The go-back is made once what was posted before it has run; a move
+                    // to the same row queued earlier, as a paste's, is not it.
+                    QMetaObject::invokeMethod(
+                        this, [this] { m_nNameErrorRow = 0; }, Qt::QueuedConnection);
                     SetNameCellEditable(row, true);
                 }
             }

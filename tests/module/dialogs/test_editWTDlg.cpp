@@ -18,7 +18,9 @@
 #include <QClipboard>
 #include <QFile>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QTest>
+#include <QTimer>
 
 using EditWTDlgTest = ZelUiTest;
 
@@ -366,6 +368,37 @@ TEST_F(EditWTDlgTest, TwoRowsWithBadNamesTellTheFaultOnceAndLetTheDrafterMendBot
     OvDbDatabase* saved = savedDrawing();
     EXPECT_TRUE(layerId(saved, "GN_2").isValid());
     EXPECT_TRUE(layerId(saved, "YE_4").isValid());
+}
+
+TEST_F(EditWTDlgTest, MovesQueuedBehindAMessageBoxTellNoSecondFault) {
+    wireTypeDrawing({"RED_1"}, {.saved = true});
+    runEditDialog([&] {
+        // Real boxes, closed with Enter as they come up: what is queued behind one runs in
+        // its loop, as on the desktop.
+        platform::setMessageBoxMode(platform::MessageBoxMode::Desktop);
+        QStringList told;
+        QTimer closer;
+        QObject::connect(&closer, &QTimer::timeout, [&] {
+            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+                told << box->text();
+                QTest::keyClick(box, Qt::Key_Return);
+            }
+        });
+        closer.start(20);
+        // A bad name, then a row with data and no name: the paste sends the cursor to the
+        // second row, leaving the first, and then back to where it started.
+        clickCell(2, 3);
+        QApplication::clipboard()->setText("GN\t2\tGN<2\n\t\t\tY\n");
+        key(Qt::Key_V, Qt::ControlModifier);
+        QTest::qWait(200);
+        settle();
+        EXPECT_EQ(told.size(), 1) << told.join(" | ").toStdString();
+        EXPECT_EQ(currentCell(), std::make_pair(2, 5));
+        closer.stop();
+        platform::setMessageBoxMode(platform::MessageBoxMode::Scripted);
+        messages().answer(platform::IDNO);
+        clickButton(2);
+    });
 }
 
 TEST_F(EditWTDlgTest, ThreeSelectedRowsTakeTheOneColourChosen) {
