@@ -167,9 +167,8 @@ private:
     bool m_bModified = false;
     bool m_bCellDirty = false;
     bool m_bReportNameError = true;
-    // The row the cursor is being sent back to after its name fault was told, until the
-    // go-back has run; 0 when none.
-    int m_nNameErrorRow = 0;
+    // A told name fault has sent the cursor back to its row, and the go-back hasn't run.
+    bool m_bSendingBack = false;
     bool m_bMakeAllValidWire = false;
     bool m_bOptionsLocked = false;
     bool m_bEditMode = false;

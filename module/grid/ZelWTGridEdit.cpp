@@ -72,21 +72,20 @@ bool ZelWTGrid::OnLeftCell(int row, int col, int newRow, int newCol) {
             // told: rows at fault would send it to each other for ever, one go-back behind
             // the other, the more so behind moves already queued, as a paste's. The fault
             // of a row left on the way is told when the drafter leaves it.
-            const bool goingBack = m_nNameErrorRow != 0;
-            if (!ValidateRow(row, Cell(row, 5).trimmed(), error) && !goingBack) {
+            if (!ValidateRow(row, Cell(row, 5).trimmed(), error) && !m_bSendingBack) {
                 // Staying in the same name, the fault is told once.
                 const bool otherName =
                     Cell(newRow, 5).compare(Cell(row, 5), Qt::CaseInsensitive) != 0;
                 if (otherName || m_bReportNameError) {
                     // Set before the message box, whose loop runs the moves already queued.
-                    m_nNameErrorRow = row;
+                    m_bSendingBack = true;
                     platform::appMessageBox(error);
                     m_bReportNameError = otherName;
                     PostToSelf(WM_WTG_GOTOCELL, static_cast<quintptr>(row), 5);
                     // The go-back is made once what was posted before it has run; a move
                     // to the same row queued earlier, as a paste's, is not it.
                     QMetaObject::invokeMethod(
-                        this, [this] { m_nNameErrorRow = 0; }, Qt::QueuedConnection);
+                        this, [this] { m_bSendingBack = false; }, Qt::QueuedConnection);
                     SetNameCellEditable(row, true);
                 }
             }
