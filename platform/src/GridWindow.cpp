@@ -249,13 +249,26 @@ bool GridWindow::SetStyleRange(const GridRange& range, const CellStyle& style,
     const int bottom = std::min(cells.bottom(), GetRowCount());
     const int right = std::min(cells.right(), GetColCount());
     bool all = true;
-    for (int r = cells.top(); r <= bottom; ++r) {
-        for (int c = cells.left(); c <= right; ++c) {
-            if (locked && IsCellReadOnly(r, c)) {
-                all = false;
-                continue;
+    if (mode == CellStyle::Modify::Override && !locked) {
+        // The common case, a colour laid over whole rows at every cursor step: the
+        // assignments are found once and each row's cells are walked in place.
+        const std::vector<CellStyle::Setter> setters = style.setters();
+        for (int r = cells.top(); r <= bottom && !setters.empty(); ++r) {
+            GridModel::Cell* row = m_model->cell(r, cells.left());
+            for (int c = 0; c <= right - cells.left(); ++c) {
+                for (CellStyle::Setter set : setters)
+                    set(row[c].style, style);
             }
-            m_model->cell(r, c)->style.apply(style, mode);
+        }
+    } else {
+        for (int r = cells.top(); r <= bottom; ++r) {
+            for (int c = cells.left(); c <= right; ++c) {
+                if (locked && IsCellReadOnly(r, c)) {
+                    all = false;
+                    continue;
+                }
+                m_model->cell(r, c)->style.apply(style, mode);
+            }
         }
     }
     m_model->cellsChanged(cells.top(), cells.left(), bottom, right);

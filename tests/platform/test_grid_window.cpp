@@ -183,6 +183,50 @@ TEST_F(GridWindowTest, TheReadOnlyLockKeepsCodeAndPeopleOffReadOnlyCells) {
     EXPECT_EQ(grid->GetValueRowCol(1, 2), "both");
 }
 
+// Painting rows lays only what the paint sets: a cell keeps its own control, lock, choices
+// and tip, and a range over more rows than the grid holds paints the rows there are.
+TEST_F(GridWindowTest, StylesOverRangesLayWhatTheySetAndKeepTheRestOfEachCell) {
+    const CellStyle own = CellStyle()
+                              .setControl(CellStyle::Control::DropDownList)
+                              .setReadOnly(true)
+                              .setTextColor(Qt::red)
+                              .setAlignment(Qt::AlignRight)
+                              .setChoices({"Yes", "No"})
+                              .setTip("own tip")
+                              .setWrapText(true);
+    // Released as the grid's owners do when they paint: a locked read-only cell keeps its style.
+    grid->GetParam()->SetLockReadOnly(false);
+    grid->SetStyleRange(GridRange(2, 3), own);
+
+    grid->SetStyleRange(GridRange::rows(1, 9), CellStyle().setInterior(Qt::blue));
+    for (int r = 1; r <= 6; ++r) {
+        for (int c = 1; c <= 4; ++c)
+            EXPECT_EQ(grid->GetCellStyle(r, c).interior, QColor(Qt::blue)) << r << "," << c;
+    }
+    EXPECT_NE(grid->GetCellStyle(3, 0).interior, QColor(Qt::blue));
+    CellStyle expected = own;
+    expected.setInterior(Qt::blue);
+    EXPECT_EQ(grid->gridModel()->cell(2, 3)->style, expected);
+
+    // Several attributes at once: each is laid, the font too.
+    QFont bold;
+    bold.setBold(true);
+    grid->SetStyleRange(GridRange(2, 2, 3, 3),
+                        CellStyle().setFont(bold).setReadOnly(false).setTip("new tip"));
+    expected.setFont(bold).setReadOnly(false).setTip("new tip");
+    EXPECT_EQ(grid->gridModel()->cell(2, 3)->style, expected);
+    EXPECT_EQ(grid->gridModel()->cell(3, 2)->style,
+              CellStyle().setInterior(Qt::blue).setFont(bold).setReadOnly(false).setTip("new tip"));
+
+    // A copy makes the cell exactly the style given; a new-only style fills gaps alone.
+    grid->SetStyleRange(GridRange(2, 3), CellStyle().setTip("copied"), CellStyle::Modify::Copy);
+    EXPECT_EQ(grid->gridModel()->cell(2, 3)->style, CellStyle().setTip("copied"));
+    grid->SetStyleRange(GridRange(2, 3), CellStyle().setTip("ignored").setWrapText(false),
+                        CellStyle::Modify::ApplyNew);
+    EXPECT_EQ(grid->gridModel()->cell(2, 3)->style,
+              CellStyle().setTip("copied").setWrapText(false));
+}
+
 TEST_F(GridWindowTest, SelectionArraysFollowRowCellAndShiftSelections) {
     grid->GetParam()->EnableSelection(GridParam::SelRow | GridParam::SelCell |
                                       GridParam::SelMultiple | GridParam::SelShift);
