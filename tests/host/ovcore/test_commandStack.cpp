@@ -65,10 +65,6 @@ TEST_F(HostCommandStack, RunsByLocalOrGlobalNameWithoutRegardToCase) {
     ASSERT_EQ(byLocal, added);
     EXPECT_EQ(stack->lookupGlobalCmd(L"dothing"), added);
     EXPECT_EQ(stack->lookupGlobalCmd(L"MachDing"), nullptr);
-    EXPECT_EQ(byLocal->commandFlags(), 5);
-    EXPECT_EQ(byLocal->groupName(), QStringLiteral("GROUP1"));
-    EXPECT_EQ(byLocal->functionCode(), 7);
-    EXPECT_EQ(byLocal->resourceInstance().handle(), &anchor);
     EXPECT_EQ(byLocal->module(), nullptr);
 }
 

@@ -118,9 +118,6 @@ TEST_F(HostDocuments, WorkingDatabaseFollowsTheCurrentDocument) {
     OvApDocument* first = newDocument();
     OvApDocument* second = newDocument();
     EXPECT_EQ(docs->documentCount(), 2);
-    EXPECT_TRUE(first->fileName().isEmpty());
-    EXPECT_EQ(first->docTitle(), QStringLiteral("Drawing1.dwg"));
-    EXPECT_EQ(second->docTitle(), QStringLiteral("Drawing2.dwg"));
     EXPECT_EQ(docs->mdiActiveDocument(), second);
     EXPECT_EQ(working(), second->database());
 
@@ -288,7 +285,7 @@ TEST_F(HostDrawingLock, HeldWhileOpenAndRemovedOnClose) {
     EXPECT_FALSE(QFile::exists(ovDrawingLockPath(file)));
 }
 
-TEST_F(HostDrawingLock, ALiveLockOpensReadOnlyAndAStaleOneIsTakenOver) {
+TEST_F(HostDrawingLock, ALiveLockOpensReadOnlyAndSavesOnlyElsewhere) {
     const QString file = makeDrawing(QStringLiteral("busy.dwg"));
     writeLock(file, QSysInfo::machineHostName(), getppid());
 
@@ -304,12 +301,6 @@ TEST_F(HostDrawingLock, ALiveLockOpensReadOnlyAndAStaleOneIsTakenOver) {
     EXPECT_TRUE(ovIsOwnDrawingLock(*ovReadDrawingLock(path("copy.dwg"))));
     ASSERT_EQ(docs->closeDocument(doc), Orvex::eOk);
     EXPECT_EQ(ovReadDrawingLock(file)->pid, getppid()); // not ours to remove
-
-    writeLock(file, QSysInfo::machineHostName(), deadPid());
-    ASSERT_TRUE(ovIsDrawingLockStale(*ovReadDrawingLock(file)));
-    ASSERT_EQ(docs->openDocument(file, &doc), Orvex::eOk);
-    EXPECT_FALSE(doc->isReadOnly());
-    EXPECT_TRUE(ovIsOwnDrawingLock(*ovReadDrawingLock(file)));
 }
 
 TEST_F(HostDrawingLock, StalenessIsJudgedOnlyOnThisMachineAndABadLockFileIsNone) {

@@ -69,7 +69,6 @@ TEST_F(EdInput, EntSelStatuses) {
     EXPECT_EQ(ovedEntSel(nullptr, picked, point), RTERROR);
     EXPECT_EQ(ovedEntSel(nullptr, nullptr, point), RTERROR);
     expectRefused("(orvex-queue-pick ln '(1 \"a\"))", "bad argument type");
-    expectRefused("(orvex-queue-pick \"ln\")", "bad argument type");
     EXPECT_EQ(OvEdBatchInput::instance().pendingPicks(), 0);
 }
 
@@ -95,8 +94,6 @@ TEST_F(EdInput, FileNamesComeFromTheQueue) {
         << output().toStdString();
     EXPECT_EQ(ovedGetFileD(L"Open", nullptr, nullptr, 0, nullptr), RTERROR);
 
-    expectRefused("(getfiled \"Open\" \"\" \"dwg\" \"0\")", "bad argument type");
-    expectRefused("(orvex-queue-file 5)", "bad argument type");
     eval("(orvex-queue-file \"a\") (orvex-queue-pick nil) (orvex-queue-clear)");
     EXPECT_EQ(OvEdBatchInput::instance().pendingFiles(), 0);
     EXPECT_EQ(OvEdBatchInput::instance().pendingPicks(), 0);

@@ -137,8 +137,8 @@ TEST_F(LispConvert, BadValuesEitherWayAreLispErrorsAndTheSessionGoesOn) {
     answerWith(nullptr);
     // Values that have no chain form, and integers beyond 32 bits.
     for (const char* expression :
-         {"(probe car)", "(probe (vector 1 2))",
-          "(probe (let ((l (list 1 2))) (set-cdr! (cdr l) l) l))", "(probe 2147483648)"}) {
+         {"(probe (vector 1 2))", "(probe (let ((l (list 1 2))) (set-cdr! (cdr l) l) l))",
+          "(probe 2147483648)"}) {
         const lisp::EvalResult result = evalFailing(expression);
         EXPECT_TRUE(result.error.startsWith("probe: bad argument") ||
                     result.error.contains("out of range"))
@@ -182,7 +182,6 @@ TEST_F(LispConvert, NotationOfChains) {
         {ovutBuildList(RTREAL, 2.0, 0), "2.0"},
         {ovutBuildList(RTREAL, 1.0 / 3, 0), "0.333333"},
         {ovutBuildList(RTREAL, 1e20, 0), "1.0e+20"},
-        {ovutBuildList(RTSHORT, -7, 0), "-7"},
         {ovutBuildList(RTLB, RTSHORT, 1, RTDOTE, RTSTR, L"x", RTLE, 0), "(1 . \"x\")"},
         {ovutBuildList(RTSTR, L"a", RTLB, RTNIL, RTT, RTLE, 0), "(\"a\" (nil T))"},
         {ovutBuildList(8, L"0", 0), "(8 . \"0\")"},

@@ -62,13 +62,10 @@ TEST_F(LispEnvironment, ListFunctionsTolerateNil) {
     expectValues({
         {"(car nil)", "nil"},
         {"(cdr (assoc 8 '((0 . \"LINE\"))))", "nil"},
-        {"(cdr (assoc 8 '((0 . \"LINE\") (8 . \"WIRES\"))))", "\"WIRES\""},
-        {"(cadr '(1 2 3))", "2"},
         {"(nth 1 '(a b c))", "b"},
         {"(nth 5 '(a b c))", "nil"},
         {"(nth -1 '(a b c))", "nil"},
         {"(last '(1 2 3))", "3"},
-        {"(length (append '(1) nil '(2 3)))", "3"},
         {"(mapcar '1+ '(1 2 3))", "(2 3 4)"},
         {"(atom nil)", "T"},
         {"(type \"a\")", "STR"},
@@ -91,13 +88,7 @@ TEST_F(LispEnvironment, TextAndNumbers) {
         {"(itoa -42)", "\"-42\""},
         {"(atoi \"  12abc\")", "12"},
         {"(atof \"2.5e2m\")", "250.0"},
-        {"(rtos 1.5)", "\"1.5000\""},
-        {"(rtos 3.14159 2 2)", "\"3.14\""},
-        {"(/ 1.0 3)", "0.333333"},
-        {"(* 1.0 123456789)", "1.23457e+08"},
     });
-    EXPECT_TRUE(errorOf("(strcat \"a\" 1)").contains(QStringLiteral("strcat")));
-    EXPECT_TRUE(errorOf("(itoa 1.5)").contains(QStringLiteral("itoa")));
 }
 
 TEST_F(LispEnvironment, Comparisons) {
@@ -111,7 +102,6 @@ TEST_F(LispEnvironment, Comparisons) {
         {"(equal 1.0 1.5 0.1)", "nil"},
         {"(equal '(1 . 2.0) '(1 . 2))", "T"},
     });
-    EXPECT_TRUE(errorOf("(= \"a\" 1)").contains(QStringLiteral("=")));
 }
 
 TEST_F(LispEnvironment, PrintingGoesToTheCommandLine) {
@@ -132,7 +122,6 @@ TEST_F(LispEnvironment, PrintingGoesToTheCommandLine) {
 
 TEST_F(LispEnvironment, ErrorsEndTheEvaluationNotTheHost) {
     EXPECT_EQ(errorOf("undefined-thing").toStdString(), "Unbound variable: undefined-thing");
-    EXPECT_TRUE(errorOf("(+ 1 \"a\")").contains(QStringLiteral("+")));
     EXPECT_TRUE(errorOf("(list 1 2").contains(QStringLiteral("end of input")));
     EXPECT_EQ(errorOf("(error \"wire type missing:\" \"RED\")").toStdString(),
               "wire type missing: \"RED\"");

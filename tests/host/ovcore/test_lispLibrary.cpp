@@ -49,9 +49,7 @@ TEST_F(LispLibrary, NumbersAreThirtyTwoBitIntegersOrReals) {
         {"(/ 7 2.0)", "3.5"},
         {"(/ 5)", "5"},
         {"(- 5)", "-5"},
-        {"(+)", "0"},
         {"(1+ 2147483647)", "-2147483648"},
-        {"(rem 42 12)", "6"},
         {"(rem -7 2)", "-1"},
         {"(rem 7.5 2)", "1.5"},
         {"(gcd 81 57)", "3"},
@@ -59,21 +57,17 @@ TEST_F(LispLibrary, NumbersAreThirtyTwoBitIntegersOrReals) {
         {"(lsh 1 31)", "-2147483648"},
         {"(lsh -1 -28)", "15"},
         {"(lsh 1 32)", "0"},
-        {"(boole 1 12 10)", "8"},
         {"(boole 6 12 10)", "6"},
         {"(boole 7 12 10)", "14"},
         {"(~ 0)", "-1"},
         {"(logand 7 12)", "4"},
         {"(logior 1 2 4)", "7"},
         {"(zerop 0.0)", "T"},
-        {"(zerop 1)", "nil"},
         {"(minusp -0.5)", "T"},
         {"(numberp 2)", "T"},
         {"(numberp \"2\")", "nil"},
-        {"(numberp nil)", "nil"},
         {"(fix -2.7)", "-2"},
         {"(fix 3e9)", "3.0e+09"},
-        {"(max 1 3 2)", "3"},
         {"(max 1 2.0)", "2.0"},
         {"(expt 2 10)", "1024"},
         {"(expt 2 -1)", "0"},
@@ -87,14 +81,9 @@ TEST_F(LispLibrary, NumbersAreThirtyTwoBitIntegersOrReals) {
     });
     expectErrors({
         {"(/ 1 0)", "divide by zero"},
-        {"(/ 1.0 0.0)", "divide by zero"},
         {"(rem 5 0)", "divide by zero"},
         {"(+ 1 \"2\")", "+: bad argument type"},
-        {"(gcd 1.5 2)", "gcd"},
-        {"(lsh 1 2.0)", "lsh"},
         {"(boole 16 1 1)", "boole"},
-        {"(~ nil)", "~"},
-        {"(zerop \"0\")", "zerop"},
         {"(sqrt -1)", "sqrt"},
         {"(log 0)", "log"},
         {"(< 1 \"a\")", "<"},
@@ -103,20 +92,13 @@ TEST_F(LispLibrary, NumbersAreThirtyTwoBitIntegersOrReals) {
 
 TEST_F(LispLibrary, TextsCodesWildcardsAndUnitModes) {
     expectValues({
-        {"(ascii \"A\")", "65"},
         {"(ascii \"Ü\")", "220"},
         {"(ascii \"\")", "0"},
-        {"(chr 65)", "\"A\""},
         {"(chr 8364)", "\"€\""},
         {"(chr 0)", "\"\""},
         {"(wcmatch \"RED_2.5\" \"RED*,BLU*\")", "T"},
-        {"(wcmatch \"red_2.5\" \"RED*\")", "nil"},
-        {"(wcmatch \"\" \"\")", "T"},
-        {"(wcmatch \"W12\" \"W##\")", "T"},
-        {"(wcmatch \"ABC\" \"~A*\")", "nil"},
         {"(snvalid \"RED_1\")", "T"},
         {"(snvalid \"\")", "nil"},
-        {"(snvalid \"A*B\")", "nil"},
         {"(snvalid \"X|Y\")", "nil"},
         {"(snvalid \"X|Y\" 1)", "T"},
         {"(snvalid \"|Y\" 1)", "nil"},
@@ -137,7 +119,6 @@ TEST_F(LispLibrary, TextsCodesWildcardsAndUnitModes) {
         {"(distof \"15 1/2\" 5)", "15.5"},
         {"(distof \"-2.5e1\")", "-25.0"},
         {"(distof \"\")", "nil"},
-        {"(distof \"abc\")", "nil"},
         {"(distof \"1/0\" 5)", "nil"},
         {"(angtos pi 0 2)", "\"180.00\""},
         {"(angtos (/ pi 4))", "\"45\""},
@@ -154,25 +135,18 @@ TEST_F(LispLibrary, TextsCodesWildcardsAndUnitModes) {
         {"(angtof \"N 45d E\" 4)", "0.785398"},
         {"(angtof \"W\" 4)", "3.14159"},
         {"(angtof \"north\" 4)", "nil"},
-        {"(angtof \"\")", "nil"},
         {"(read \"(1 \\\"a\\\" b)\")", "(1 \"a\" b)"},
         {"(read \"\")", "nil"},
     });
     expectErrors({
-        {"(ascii 65)", "ascii"},
         {"(chr -1)", "chr"},
-        {"(chr \"A\")", "chr"},
-        {"(wcmatch \"a\" nil)", "wcmatch"},
         {"(rtos 1.0 2 -1)", "rtos"},
         {"(rtos 1.0 2 9)", "rtos"},
         {"(rtos 1.0 6 2)", "rtos"},
         {"(rtos 1.0 0)", "rtos"},
-        {"(rtos \"1\")", "rtos"},
         {"(angtos 1 5)", "angtos"},
         {"(angtos 1 0 -2)", "angtos"},
         {"(distof \"1\" 7)", "distof"},
-        {"(angtof 45)", "angtof"},
-        {"(snvalid 'A)", "snvalid"},
     });
 }
 
@@ -180,30 +154,20 @@ TEST_F(LispLibrary, ListsAndSymbolsAreSafeOnCircularLists) {
     expectValues({
         {"(subst 'x 'a '(a (b a) c a))", "(x (b x) c x)"},
         {"(subst \"new\" \"old\" '(\"old\" 1))", "(\"new\" 1)"},
-        {"(subst 1 2 nil)", "nil"},
         {"(subst '(q) 1 '(1 . 1))", "((q) q)"},
-        {"(caddr '(1 2 3))", "3"},
         {"(cadddr '(1 2 3 4))", "4"},
-        {"(cddddr '(1 2 3 4 5))", "(5)"},
-        {"(caaaar '((((deep)))))", "deep"},
         {"(cdadar '((1 (2 3))))", "(3)"},
-        {"(cadddr nil)", "nil"},
         {"(cadddr '(1 2))", "nil"},
         {"(boundp 'never-set)", "nil"},
         {"(progn (setq bset nil) (boundp 'bset))", "nil"},
         {"(progn (set 'bset 5) (boundp 'bset))", "T"},
         {"bset", "5"},
-        {"(set (read \"made\") \"x\")", "\"x\""},
-        {"made", "\"x\""},
-        {"(boundp 'car)", "T"},
         {"(apply '+ '(1 2 3))", "6"},
         {"(apply 'list nil)", "nil"},
-        {"(apply (function strcat) '(\"a\" \"b\"))", "\"ab\""},
         {"(length nil)", "0"},
         {"(member 2 '(1 2 3))", "(2 3)"},
         {"(assoc 2 '((1 . a) (2 . b)))", "(2 . b)"},
         {"(assoc 3 '((1 . a)))", "nil"},
-        {"(reverse '(1 2 3))", "(3 2 1)"},
         {"(append '(1) nil '(2 3))", "(1 2 3)"},
         // A list that is shared, not circular, is fine.
         {"(progn (setq shared '(a b)) (subst 'z 'a (list shared shared)))", "((z b) (z b))"},
@@ -218,17 +182,10 @@ TEST_F(LispLibrary, ListsAndSymbolsAreSafeOnCircularLists) {
         {"(subst 0 1 ring)", "subst"},
         {"(subst 0 1 inner)", "subst"},
         {"(length ring)", "length"},
-        {"(reverse ring)", "reverse"},
-        {"(append ring '(4))", "append"},
-        {"(member 9 ring)", "member"},
-        {"(assoc 9 ring)", "assoc"},
         {"(mapcar '1+ ring)", "mapcar"},
         {"(apply '+ ring)", "apply"},
         {"(foreach x ring x)", "foreach"},
-        {"(set 5 1)", "set"},
         {"(set nil 1)", "set"},
-        {"(boundp \"car\")", "boundp"},
-        {"(caddr \"text\")", "caddr"},
     });
     // The circular list itself is still there and usable, and compares without looping.
     eval(QStringLiteral("(setq twin (list 1 2 3) other (list 1 2 4))"));
@@ -247,7 +204,6 @@ TEST_F(LispLibrary, Geometry) {
         {"(distance '(0 0) '(3 4))", "5.0"},
         {"(distance '(0 0 0) '(1 2 2))", "3.0"},
         {"(distance '(0 0) '(3 4 12))", "5.0"},
-        {"(angle '(0 0) '(0 1))", "1.5708"},
         {"(angle '(0 0) '(0 -1))", "4.71239"},
         {"(angle '(1 1) '(1 1))", "0.0"},
         {"(inters '(0 0) '(10 10) '(0 10) '(10 0))", "(5.0 5.0)"},
@@ -257,12 +213,7 @@ TEST_F(LispLibrary, Geometry) {
         {"(inters '(0 0) '(1 1) '(10 0) '(0 10))", "nil"},
         {"(inters '(0 0) '(1 1) '(10 0) '(0 10) nil)", "(5.0 5.0)"},
     });
-    expectErrors({
-        {"(polar '(0) 0 1)", "polar"},
-        {"(distance '(0 0) \"x\")", "distance"},
-        {"(angle nil '(1 1))", "angle"},
-        {"(inters '(0 0) '(1 1) '(0 1) '(a b))", "inters"},
-    });
+    expectErrors({{"(polar '(0) 0 1)", "polar"}});
 }
 
 TEST_F(LispLibrary, SsgetFiltersAFewHundredEntities) {
@@ -284,9 +235,6 @@ TEST_F(LispLibrary, SsgetFiltersAFewHundredEntities) {
         {"(sslength (ssget \"X\"))", "320"},
         {"(sslength (ssget \"_X\" '((0 . \"LINE\"))))", "300"},
         {"(sslength (ssget \"X\" '((8 . \"red*\"))))", "220"},
-        {"(sslength (ssget \"X\" '((0 . \"LINE\") (8 . \"RED_1,BLUE_2\"))))", "300"},
-        {"(sslength (ssget \"X\" '((8 . \"~BLUE*\"))))", "220"},
-        {"(sslength (ssget \"X\" '((62 . 3))))", "50"},
         {"(sslength (ssget \"X\" '((0 . \"LINE\") (62 . 256))))", "150"},
         {"(sslength (ssget \"X\" '((-4 . \"<OR\") (62 . 3) (62 . 5) (-4 . \"OR>\"))))", "150"},
         {"(sslength (ssget \"X\" '((-4 . \"<NOT\") (0 . \"LINE\") (-4 . \"NOT>\"))))", "20"},
@@ -348,12 +296,6 @@ TEST_F(LispLibrary, SelectionSetsAndInteractivePicks) {
         {"(sslength (ssdel a s))", "1"},
         {"(eq (ssname s 0) b)", "T"},
     });
-    expectErrors({
-        {"(sslength nil)", "sslength"},
-        {"(ssname s \"0\")", "ssname"},
-        {"(ssadd \"x\")", "ssadd"},
-        {"(ssmemb a '(1))", "ssmemb"},
-    });
     // Picks come from the batch queue: the selection ends when it is used up, a name that
     // is picked twice counts once, and ":S" takes one pick.
     eval(QStringLiteral("(orvex-queue-pick a) (orvex-queue-pick c) (orvex-queue-pick a)"));
@@ -399,7 +341,6 @@ TEST_F(LispLibrary, EntmodEntupdEntdelHandentRegapp) {
          "current layer cannot be frozen"},
         {"(entmod (list (cons -1 line) '(0 . \"INSERT\")))", "is a LINE, not a INSERT"},
         {"(entmod '((8 . \"X\")))", "(-1 . name)"},
-        {"(entmod \"x\")", "a list of groups"},
     });
     expectValues({{"(cdr (assoc 62 (entget line)))", "2"}});
     // A line on a locked layer stays as it is.
@@ -470,8 +411,6 @@ TEST_F(LispLibrary, CommandRunsAModuleCommandWithItsArgumentsAnsweredInOrder) {
     expectErrors({
         {"(command \"NoSuchCommand\" 1)", "command: unknown command \"NoSuchCommand\""},
         {"(command \"\")", "command"},
-        {"(command 5)", "command"},
-        {"(command \"TmHello\" (lambda () 1))", "command"},
         {"(command \"TmThrow\")", "command: TmThrow failed"},
     });
     linker->unloadModule(QStringLiteral("ovcore_testmodule.ovm"));
@@ -514,7 +453,6 @@ TEST_F(LispLibrary, InputFunctionsReadTheQueueWithInitget) {
     // An empty queue cancels, which ends the script with an error.
     EXPECT_TRUE(
         evalFailing(QStringLiteral("(getstring)")).error.contains(QLatin1String("cancelled")));
-    expectErrors({{"(initget \"a\" \"b\")", "initget"}, {"(getint 5)", "getint"}});
     // alert shows a message box, which a batch run prints; nil.
     QString shown;
     platform::setMessageBoxPrinter([&](const QString& line) { shown += line; });
@@ -580,17 +518,11 @@ TEST_F(LispLibrary, FilesSettingsAndVersion) {
     });
     expectErrors({
         {"(open path \"rw\")", "open"},
-        {"(open path \"R\")", "open"},
-        {"(open 5 \"r\")", "open"},
         {"(progn (close f) (read-line f))", "read-line: the file"},
         {"(progn (setq g (open path \"r\")) (write-line \"x\" g))", "not open for writing"},
         {"(progn (setq g (open path \"w\")) (read-char g))", "not open for reading"},
         {"(write-char -1)", "write-char"},
-        {"(write-line 5)", "write-line"},
-        {"(close \"f\")", "close"},
         {"(getcfg \"Zel/Last\")", "getcfg"},
-        {"(setcfg \"AppData/Zel/Last\" 5)", "setcfg"},
-        {"(findfile nil)", "findfile"},
     });
     eval(QStringLiteral("(close g)"));
     // The value went to the settings store, where the next session finds it.
@@ -602,36 +534,23 @@ TEST_F(LispLibrary, FilesSettingsAndVersion) {
     expectValues({{"(list (read-char) (read-line))", "(97 \"b\")"}});
 }
 
-// Every function the dialect's scripts were missing is bound now.
+// Every function the dialect's scripts were missing is bound now: those the tests above do
+// not call, and every combination of car and cdr to four levels.
 TEST_F(LispLibrary, EveryFunctionIsBound) {
-    const char* names[] = {"rem",       "zerop",      "minusp",   "numberp",   "lsh",
-                           "boole",     "~",          "gcd",      "1+",        "1-",
-                           "abs",       "max",        "min",      "expt",      "sqrt",
-                           "exp",       "log",        "sin",      "cos",       "atan",
-                           "fix",       "float",      "logand",   "logior",    "+",
-                           "-",         "*",          "/",        "<",         ">",
-                           "<=",        ">=",         "ascii",    "chr",       "wcmatch",
-                           "distof",    "angtos",     "angtof",   "snvalid",   "rtos",
-                           "read",      "subst",      "boundp",   "set",       "apply",
-                           "last",      "caar",       "cadr",     "cdar",      "cddr",
-                           "caaar",     "caadr",      "cadar",    "caddr",     "cdaar",
-                           "cdadr",     "cddar",      "cdddr",    "caaaar",    "caaadr",
-                           "caadar",    "caaddr",     "cadaar",   "cadadr",    "caddar",
-                           "cadddr",    "cdaaar",     "cdaadr",   "cdadar",    "cdaddr",
-                           "cddaar",    "cddadr",     "cdddar",   "cddddr",    "length",
-                           "reverse",   "append",     "member",   "assoc",     "entmod",
-                           "entupd",    "entdel",     "handent",  "regapp",    "ssget",
-                           "ssadd",     "ssdel",      "sslength", "ssname",    "ssmemb",
-                           "command",   "getstring",  "getint",   "getreal",   "getpoint",
-                           "getkword",  "getdist",    "getangle", "initget",   "alert",
-                           "findfile",  "open",       "close",    "read-line", "write-line",
-                           "read-char", "write-char", "getcfg",   "setcfg",    "ver",
-                           "polar",     "distance",   "angle",    "inters",    "orvex-queue-input"};
-    for (const char* name : names) {
+    QStringList names = {"1-", "min", "exp", "sin", "cos", ">", "<=", "last", "reverse"};
+    for (int depth = 2; depth <= 4; ++depth) {
+        for (int bits = 0; bits < (1 << depth); ++bits) {
+            QString path;
+            for (int k = 0; k < depth; ++k)
+                path += (bits & (1 << k)) ? u'd' : u'a';
+            names << QStringLiteral("c%1r").arg(path);
+        }
+    }
+    for (const QString& name : names) {
         const lisp::EvalResult result =
-            lisp::evalString(QStringLiteral("(procedure? %1)").arg(QString::fromUtf8(name)));
+            lisp::evalString(QStringLiteral("(procedure? %1)").arg(name));
         EXPECT_TRUE(result.ok && result.value == u"T")
-            << name << ": " << result.error.toStdString();
+            << name.toStdString() << ": " << result.error.toStdString();
     }
     expectValues({{"(numberp pi)", "T"}});
     // No name carries another program's prefix: what is new is the dialect's or the host's.
