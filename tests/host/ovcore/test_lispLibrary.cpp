@@ -346,12 +346,6 @@ TEST_F(LispLibrary, EntmodEntupdEntdelHandentRegapp) {
     eval(QStringLiteral("(entmod (list (cons -1 (tblobjname \"LAYER\" \"NEW\")) '(70 . 4)))"));
     expectRefused(QStringLiteral("(entmod (list (cons -1 line) '(62 . 1)))"),
                   QStringLiteral("locked layer"));
-    // Erase and unerase: an erased entity is still found by its handle.
-    expectValues({
-        {"(eq (entdel line) line)", "T"},
-        {"(entget line)", "nil"},
-        {"(eq (handent (cdr (assoc 5 (entget (entdel line))))) line)", "T"},
-    });
     expectRefused({
         {"(progn (entdel line) (entmod (list (cons -1 line) '(62 . 3))))", "is erased"},
         {"(entupd line)", "; entupd:"},
