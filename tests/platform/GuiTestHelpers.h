@@ -50,11 +50,6 @@ inline void clickCell(QTableView* view, int row, int col,
     QTest::mouseClick(view->viewport(), button, mods, cellCentre(view, row, col));
 }
 
-inline void doubleClickCell(QTableView* view, int row, int col) {
-    QTest::mouseDClick(view->viewport(), Qt::LeftButton, Qt::NoModifier,
-                       cellCentre(view, row, col));
-}
-
 inline QPoint sectionCentre(QHeaderView* header, int section) {
     const int along = header->sectionViewportPosition(section) + header->sectionSize(section) / 2;
     const int across =
