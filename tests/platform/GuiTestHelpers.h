@@ -20,22 +20,15 @@ inline void PrintTo(const QString& text, std::ostream* os) {
 
 namespace guitest {
 
-inline QWidget* focused() {
-    return QApplication::focusWidget();
-}
-
 inline void key(int k, Qt::KeyboardModifiers mods = Qt::NoModifier) {
-    QWidget* target = focused();
-    if (target != nullptr) {
+    if (QWidget* target = QApplication::focusWidget())
         QTest::keyClick(target, Qt::Key(k), mods);
-    }
 }
 
 inline void type(const QString& text) {
     for (QChar ch : text) {
-        if (QWidget* target = focused()) {
+        if (QWidget* target = QApplication::focusWidget())
             QTest::keyClick(target, ch.toLatin1());
-        }
     }
 }
 

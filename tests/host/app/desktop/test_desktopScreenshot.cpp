@@ -48,7 +48,6 @@ TEST(DesktopOnScreen, TheMainWindowDrawsTheDemoDrawing) {
     environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
     environment.insert(QStringLiteral("XDG_CONFIG_HOME"), dir.filePath(QStringLiteral("config")));
     environment.insert(QStringLiteral("ORVEX"), QStringLiteral(ORVEX_PROGRAM));
-    environment.insert(QStringLiteral("DEMO"), demo);
     environment.insert(QStringLiteral("SHOT"), shot);
     environment.insert(QStringLiteral("STOP"), stop);
     // The demo drawing is opened for editing: its lock must not stay behind in the build
