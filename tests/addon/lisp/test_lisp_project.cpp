@@ -39,9 +39,6 @@ TEST_F(LispProject, OpenAndCloseThroughLispKeepEveryDocumentInStep) {
     EXPECT_EQ(symbol(L"GBL_wd_prj"), quoted(project));
     activate(first);
     EXPECT_EQ(symbol(L"GBL_wd_prj"), quoted(project));
-    // A document opened afterwards has it from its drawing-load message.
-    openWithAddon();
-    EXPECT_EQ(symbol(L"GBL_wd_prj"), quoted(project));
 
     EXPECT_EQ(call(L"zel_project_close"), "T");
     EXPECT_EQ(call(L"zel_project_active"), "nil");
@@ -58,6 +55,21 @@ TEST_F(LispProject, OpenAndCloseThroughLispKeepEveryDocumentInStep) {
         << output().toStdString();
     EXPECT_EQ(symbol(L"GBL_wd_prj"), "nil");
     EXPECT_EQ(call(L"zel_project_active"), "nil");
+}
+
+TEST_F(LispProject, AProjectOpenedOutsideLispReachesDocumentsWhenTheyComeUp) {
+    OvApDocument* first = openWithAddon();
+    const QString project = writeProject("test.zpj");
+    ASSERT_TRUE(GetProjectManager()->openProject(project));
+    // A document opened afterwards has it from its drawing-load message...
+    OvApDocument* second = openWithAddon();
+    EXPECT_EQ(symbol(L"GBL_wd_prj"), quoted(project));
+    // ...and one that was open all along when it becomes current again.
+    activate(first);
+    EXPECT_EQ(symbol(L"GBL_wd_prj"), quoted(project));
+    GetProjectManager()->closeProject();
+    activate(second);
+    EXPECT_EQ(symbol(L"GBL_wd_prj"), "nil");
 }
 
 TEST_F(LispProject, GlobalValuesAndVariables) {
@@ -84,8 +96,6 @@ TEST_F(LispProject, GlobalValuesAndVariables) {
     GblPm_SetGblValue(L"GBL_wd_test", nullptr);
 }
 
-// Each function's own check of its arguments: it answers nil and says why, without a LISP
-// error.
 TEST_F(LispProject, BadArgumentsAnswerNilWithAMessageAndNoError) {
     ASSERT_TRUE(openWithAddon());
     const std::pair<const char*, resbuf*> cases[] = {
