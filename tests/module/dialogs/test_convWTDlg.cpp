@@ -6,8 +6,6 @@
 
 #include "ovcore/OvEdBatchInput.h"
 
-#include "platform/Resources.h"
-
 namespace {
 
 const QStringList kWireTypes = {"BLU_1.0", "RED_1.5", "YEL_2.5"};
@@ -33,11 +31,12 @@ protected:
 TEST_F(ConvWTDlgTest, OkReadsTheLayerOfASelectedRowElseTheTextOfTheCurrentCell) {
     EXPECT_EQ(runWith("(zel_wire_type_sel \"0\")", {[&](platform::TemplateDialog&) {
                           clickRowHeader(rowOf("RED_1.5"));
-                          // Update off: element 4 is inverted against its box.
+                          // Both off: element 4 is inverted against its box, 5 is not.
                           clickButton(1009);
+                          clickButton(1008);
                           clickButton(1);
                       }}),
-              R"(("RED_1.5" "0" "1" "1" "1"))");
+              R"(("RED_1.5" "0" "1" "1" "0"))");
     // A click in the wire colour column without a row selected answers that cell's text.
     EXPECT_EQ(runWith("(zel_wire_type_sel \"0\")", {[&](platform::TemplateDialog&) {
                           clickCell(rowOf("YEL_2.5"), 3);
@@ -52,7 +51,7 @@ TEST_F(ConvWTDlgTest, OnlyTheExactModeOneSetsAnyOtherChanges) {
                                "(zel_wire_type_sel 1)", "(zel_wire_type_sel)"}) {
         SCOPED_TRACE(call.toStdString());
         EXPECT_EQ(runWith(call, {[&](platform::TemplateDialog& dialog) {
-                              EXPECT_EQ(dialog.windowTitle(), moduleString(166));
+                              EXPECT_EQ(dialog.windowTitle(), "Change/Convert Wire Type");
                               for (const int id : {1008, 1009, 1010})
                                   EXPECT_TRUE(dialog.IsDlgItemVisible(id)) << id;
                               clickButton(2);
@@ -115,45 +114,35 @@ TEST_F(ConvWTDlgTest, APickReopensTheSameDialogOnThePickedWiresRow) {
     EXPECT_TRUE(messages().shown().empty());
 }
 
-TEST_F(ConvWTDlgTest, ARowSelectedBeforeAPickIsStillTheAnswer) {
-    // OK looks at the selected rows before the current cell, and a pick only moves the
-    // current cell: the row the drafter selected wins over the picked wire's.
-    queuePickOf(m_lines.value("RED_1.5"));
-    const QString answer =
-        runWith("(zel_wire_type_sel \"0\")", {[&](platform::TemplateDialog&) {
-                                                  clickRowHeader(rowOf("BLU_1.0"));
-                                                  clickButton(1010);
-                                              },
-                                              [&](platform::TemplateDialog&) {
-                                                  EXPECT_EQ(currentCell().first, rowOf("RED_1.5"));
-                                                  clickButton(1);
-                                              }});
-    EXPECT_EQ(answer, R"(("BLU_1.0" "0" "1" "0" "1"))");
-}
-
-TEST_F(ConvWTDlgTest, APickOnANonWireLayerSaysSoAndKeepsTheChoice) {
+// OK looks at the selected rows before the current cell, and a pick only moves the current
+// cell: the row the drafter selected wins over the picked wire's.
+TEST_F(ConvWTDlgTest, PicksOnANonWireLayerOrAnotherWireOrNothingKeepTheChoice) {
     queuePickOf(m_plainLine);
+    queuePickOf(m_lines.value("RED_1.5"));
     OvEdBatchInput::instance().queuePickCancel();
     const QString answer =
         runWith("(zel_wire_type_sel \"0\")",
-                {[&](platform::TemplateDialog&) {
+                {[&](platform::TemplateDialog&) { clickButton(1010); },
+                 [&](platform::TemplateDialog& dialog) {
+                     EXPECT_FALSE(dialog.IsDlgItemEnabled(1)) << "nothing chosen yet";
                      clickRowHeader(rowOf("BLU_1.0"));
                      clickButton(1010);
                  },
-                 // A cancelled pick changes nothing either.
-                 [&](platform::TemplateDialog&) { clickButton(1010); },
+                 [&](platform::TemplateDialog&) {
+                     EXPECT_EQ(currentCell().first, rowOf("RED_1.5"));
+                     clickButton(1010);
+                 },
                  [&](platform::TemplateDialog&) {
                      EXPECT_EQ(grid().GetSelectedRows(false, false),
                                std::vector<quint32>{static_cast<quint32>(rowOf("BLU_1.0"))});
                      clickButton(1);
                  }});
     EXPECT_EQ(answer, R"(("BLU_1.0" "0" "1" "0" "1"))");
-    EXPECT_EQ(m_openings.size(), 3);
+    EXPECT_EQ(m_openings.size(), 4);
     ASSERT_EQ(messages().shown().size(), 1u);
-    const platform::ShownMessage& shown = messages().shown().front();
-    EXPECT_TRUE(shown.text.contains("PLAIN")) << shown.text.toStdString();
-    EXPECT_EQ(shown.text, platform::formatText(moduleString(168), "PLAIN"));
-    EXPECT_EQ(shown.caption, moduleString(150));
+    EXPECT_EQ(messages().shown().front().text,
+              "The picked object lies on layer PLAIN, which is not a wire type.");
+    EXPECT_EQ(messages().shown().front().caption, moduleString(150));
 }
 
 TEST_F(ConvWTDlgTest, KeysAndDoubleClickDoNotChooseEscCancels) {

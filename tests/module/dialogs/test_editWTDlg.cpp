@@ -46,45 +46,65 @@ TEST_F(EditWTDlgTest, ATypedColourAndSizeMakeAWireTypeInTheSavedDrawing) {
     EXPECT_FALSE(wireRecord(saved, "RED_1").isEmpty());
 }
 
-TEST_F(EditWTDlgTest, CancelAsksOnlyAfterChangesAndNoLeavesTheDrawingAsItWas) {
-    wireTypeDrawing({"BLUE_1", "RED_1"}, {.saved = true});
+TEST_F(EditWTDlgTest, KeysAndCancelAskOnlyAfterChangesNoLeavesTheDrawingAsItWasYesCommits) {
+    wireTypeDrawing({"BLUE_1", "GRN_1", "RED_1"}, {.saved = true});
 
-    // Nothing changed: Cancel closes without a question.
-    EXPECT_EQ(runEditDialog([&] { clickButton(2); }), platform::TemplateDialog::IDCANCEL);
+    // Esc undoes an open cell before it would cancel, Enter never leaves, F1 opens help;
+    // with nothing changed Cancel closes without a question.
+    EXPECT_EQ(runEditDialog([&] {
+                  clickCell(1, 3);
+                  typeText("XX");
+                  ASSERT_TRUE(grid().IsActiveCurrentCell());
+                  key(Qt::Key_Escape);
+                  ASSERT_TRUE(dialog().isVisible());
+                  EXPECT_EQ(cell(1, 3), "");
+                  dialog().GetDlgItem(1019)->setFocus();
+                  key(Qt::Key_Return);
+                  ASSERT_TRUE(dialog().isVisible()) << "Enter is no OK";
+                  clearOutput();
+                  key(Qt::Key_F1);
+                  EXPECT_TRUE(output().contains("create_edit_wire_type_dialog"))
+                      << output().toStdString();
+                  clickButton(2);
+              }),
+              platform::TemplateDialog::IDCANCEL);
     EXPECT_TRUE(messages().shown().empty());
 
     const int result = runEditDialog([&] {
-        typeInto(3, 3, "GRN");
+        clickRowHeader(3);
+        messages().answer(platform::IDYES);
+        clickButton(1026);
+        clickRowHeader(2);
+        contextMenu(2, 5, 40028);
+        ASSERT_EQ(gridNames(), QStringList{"BLUE_1"});
+        typeInto(2, 3, "GRN");
         clickCell(1, 5);
         // Cancel to the question keeps the dialog and the typed row.
         messages().answer(platform::IDCANCEL);
         clickButton(2);
         ASSERT_TRUE(dialog().isVisible());
-        EXPECT_EQ(cell(3, 5), "GRN");
+        EXPECT_EQ(cell(2, 5), "GRN");
         messages().answer(platform::IDNO);
         clickButton(2);
     });
     EXPECT_EQ(result, platform::TemplateDialog::IDCANCEL);
     EXPECT_EQ(messages().shownTexts(),
-              (std::vector<QString>{moduleString(113), moduleString(113)}));
+              (std::vector<QString>{moduleString(109), moduleString(113), moduleString(113)}));
     EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
-
     OvDbDatabase* saved = savedDrawing();
     EXPECT_FALSE(layerId(saved, "GRN").isValid());
-    EXPECT_FALSE(wireRecord(saved, "BLUE_1").isEmpty());
-}
+    for (const char* name : {"RED_1", "BLUE_1", "GRN_1"})
+        EXPECT_FALSE(wireRecord(saved, name).isEmpty()) << name;
 
-TEST_F(EditWTDlgTest, YesToTheCancelQuestionCommitsAndStillEndsAsCancel) {
-    wireTypeDrawing({"RED_1"}, {.saved = true});
-    const int result = runEditDialog([&] {
-        typeInto(2, 3, "GRN");
-        clickCell(1, 5);
-        messages().answer(platform::IDYES);
-        key(Qt::Key_Escape);
-    });
-    EXPECT_EQ(result, platform::TemplateDialog::IDCANCEL);
-    OvDbDatabase* saved = savedDrawing();
-    EXPECT_TRUE(layerId(saved, "GRN").isValid());
+    // Yes to the question commits, and the dialog still ends as cancelled.
+    EXPECT_EQ(runEditDialog([&] {
+                  typeInto(4, 3, "GRN");
+                  clickCell(1, 5);
+                  messages().answer(platform::IDYES);
+                  key(Qt::Key_Escape);
+              }),
+              platform::TemplateDialog::IDCANCEL);
+    EXPECT_TRUE(layerId(savedDrawing(), "GRN").isValid());
 }
 
 TEST_F(EditWTDlgTest, RemoveKeepsTheLayersAndDeleteErasesThemAtOk) {
@@ -119,23 +139,6 @@ TEST_F(EditWTDlgTest, RemoveKeepsTheLayersAndDeleteErasesThemAtOk) {
     EXPECT_FALSE(wireRecord(saved, "BLUE_1").isEmpty());
 }
 
-TEST_F(EditWTDlgTest, RemoveAndDeleteFollowedByCancelLeaveTheDrawingAsItWas) {
-    wireTypeDrawing({"BLUE_1", "GRN_1", "RED_1"}, {.saved = true});
-    runEditDialog([&] {
-        clickRowHeader(3);
-        messages().answer(platform::IDYES);
-        clickButton(1026);
-        clickRowHeader(2);
-        contextMenu(2, 5, 40028);
-        ASSERT_EQ(gridNames(), QStringList{"BLUE_1"});
-        messages().answer(platform::IDNO);
-        clickButton(2);
-    });
-    OvDbDatabase* saved = savedDrawing();
-    for (const char* name : {"RED_1", "BLUE_1", "GRN_1"})
-        EXPECT_FALSE(wireRecord(saved, name).isEmpty()) << name;
-}
-
 TEST_F(EditWTDlgTest, ADuplicateNameStopsTheCommitOnItsRow) {
     wireTypeDrawing({"BLUE_1", "RED_1"}, {.saved = true});
     const int result = runEditDialog([&] {
@@ -149,12 +152,10 @@ TEST_F(EditWTDlgTest, ADuplicateNameStopsTheCommitOnItsRow) {
         ASSERT_EQ(gridNames(), (QStringList{"RED_1", "RED_1"}));
         clickCell(1, 3);
         clickButton(1);
+        // Stopped on the name at fault, open for typing.
         ASSERT_TRUE(dialog().isVisible()) << "the commit stopped";
         settle();
-        EXPECT_EQ(currentCell().second, 5);
-        EXPECT_EQ(cell(currentCell().first, 5), "RED_1");
         EXPECT_FALSE(messages().shown().empty());
-        EXPECT_TRUE(grid().IsActiveCurrentCell()) << "the name at fault is open for typing";
         key(Qt::Key_Backspace);
         typeText("2");
         key(Qt::Key_Tab);
@@ -203,18 +204,6 @@ TEST_F(EditWTDlgTest, TheLayerNameFormatRefusesWhatNamesNoTokenAndKeepsTheLastGo
     });
     OvDbDatabase* saved = savedDrawing();
     EXPECT_TRUE(currentRecord(saved).contains("|W%1|")) << currentRecord(saved).toStdString();
-}
-
-TEST_F(EditWTDlgTest, MakeDefaultShowsTheRowAndTheDrawingKeepsIt) {
-    wireTypeDrawing({"BLUE_1", "RED_1"}, {.saved = true});
-    runEditDialog([&] {
-        clickCell(1, 5);
-        clickButton(1032);
-        EXPECT_EQ(dialog().GetDlgItemText(1033), "BLUE_1");
-        clickButton(1);
-    });
-    OvDbDatabase* saved = savedDrawing();
-    EXPECT_TRUE(currentRecord(saved).startsWith("BLUE_1|")) << currentRecord(saved).toStdString();
 }
 
 TEST_F(EditWTDlgTest, TheMakeAllValidBoxLocksTheDialogAndTheDrawingKeepsIt) {
@@ -268,28 +257,7 @@ TEST_F(EditWTDlgTest, AddExistingLayersTakesThePatternTypedAtTheCommandLine) {
     EXPECT_TRUE(wireRecord(saved, "VALVE").isEmpty());
 }
 
-TEST_F(EditWTDlgTest, EscUndoesAnOpenCellBeforeItCancelsEnterNeverLeavesF1OpensHelp) {
-    wireTypeDrawing({"RED_1"}, {.saved = true});
-    const int result = runEditDialog([&] {
-        clickCell(1, 3);
-        typeText("XX");
-        ASSERT_TRUE(grid().IsActiveCurrentCell());
-        key(Qt::Key_Escape);
-        ASSERT_TRUE(dialog().isVisible());
-        EXPECT_EQ(cell(1, 3), "");
-        dialog().GetDlgItem(1019)->setFocus();
-        key(Qt::Key_Return);
-        ASSERT_TRUE(dialog().isVisible()) << "Enter is no OK";
-        clearOutput();
-        key(Qt::Key_F1);
-        EXPECT_TRUE(output().contains("create_edit_wire_type_dialog")) << output().toStdString();
-        clickCell(1, 3);
-        key(Qt::Key_Escape);
-    });
-    EXPECT_EQ(result, platform::TemplateDialog::IDCANCEL);
-}
-
-TEST_F(EditWTDlgTest, TheMenuFitsWhatWasClicked) {
+TEST_F(EditWTDlgTest, TheMenuFitsWhatWasClickedAndMakeDefaultIsKept) {
     wireTypeDrawing({"BLUE_1", "RED_1"}, {.saved = true});
     runEditDialog([&] {
         EXPECT_EQ(contextMenu(1, 2), QStringList{"no menu"}) << "the in-use column";
@@ -303,8 +271,14 @@ TEST_F(EditWTDlgTest, TheMenuFitsWhatWasClicked) {
         const QStringList onColour = contextMenu(2, 3);
         EXPECT_TRUE(onColour.contains("40014"));
         EXPECT_FALSE(onColour.contains("40043"));
-        clickButton(2);
+        // Make default shows the row, and the drawing keeps it.
+        clickCell(2, 5);
+        clickButton(1032);
+        EXPECT_EQ(dialog().GetDlgItemText(1033), "RED_1");
+        clickButton(1);
     });
+    OvDbDatabase* saved = savedDrawing();
+    EXPECT_TRUE(currentRecord(saved).startsWith("RED_1|")) << currentRecord(saved).toStdString();
 }
 
 TEST_F(EditWTDlgTest, RowsCopiedInOneRunArePastedInTheNext) {

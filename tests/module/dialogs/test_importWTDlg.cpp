@@ -118,23 +118,42 @@ TEST_F(ImportDialogTest, TheDrafterClearsAllChoosesTwoRowsAndTakesOverProperties
             }});
 }
 
-TEST_F(ImportDialogTest, CancelGivesThePresetRowsAndKeepsTheLastAcceptedOptions) {
+TEST_F(ImportDialogTest, SortingKeepsTheChoiceCancelGivesThePresetRowsAndKeepsTheOptions) {
     const QString path = importDrawing();
     const QString before = options();
     // The list names the same drawing in other letters; names match with case only.
     const QString list = "(list \"" + path.toUpper() + "\" \"WH_0.75\" \"bk_1.5\" \"GY_0.5\")";
-    QString value =
-        runWith(call(path, 1, list), {[&](platform::TemplateDialog& base) {
-                    auto& dialog = dynamic_cast<ZelImportWTDlg&>(base);
-                    EXPECT_EQ(selectedLayers(dialog.grid()), QStringList({"GY_0.5", "WH_0.75"}));
-                    clearOutput();
-                    clickButton(dialog, 1013);
-                    EXPECT_TRUE(output().contains("import_wire_types_dialog"))
-                        << output().toStdString();
-                    setCheck(dialog, 1037, dialog.IsDlgButtonChecked(1037) == 0);
-                    setCheck(dialog, 1039, dialog.IsDlgButtonChecked(1039) == 0);
-                    clickButton(dialog, 2);
-                }});
+    QString value = runWith(
+        call(path, 1, list), {[&](platform::TemplateDialog& base) {
+            auto& dialog = dynamic_cast<ZelImportWTDlg&>(base);
+            ZelImportWTGrid& grid = dialog.grid();
+            const QStringList chosen = {"GY_0.5", "WH_0.75"};
+            EXPECT_EQ(selectedLayers(grid), chosen);
+            // A header click selects nothing; a header double click sorts down, then
+            // up, and the choice goes along.
+            auto layers = [&] {
+                QStringList names;
+                for (int row = 1; row <= grid.GetLoadedRows(); ++row)
+                    names << cell(grid, row, 3);
+                return names;
+            };
+            QHeaderView* header = grid.horizontalHeader();
+            QTest::mouseClick(header->viewport(), Qt::LeftButton, Qt::NoModifier,
+                              QPoint(header->sectionViewportPosition(3) + 5, 5));
+            settle();
+            EXPECT_EQ(selectedLayers(grid), chosen);
+            doubleClickColumnHeader(grid, 3);
+            EXPECT_EQ(layers(), QStringList({"WH_0.75", "OG_2.5", "GY_0.5", "BN_1", "BK_1.5", ""}));
+            doubleClickColumnHeader(grid, 3);
+            EXPECT_EQ(layers(), QStringList({"", "BK_1.5", "BN_1", "GY_0.5", "OG_2.5", "WH_0.75"}));
+            EXPECT_EQ(selectedLayers(grid), chosen);
+            clearOutput();
+            clickButton(dialog, 1013);
+            EXPECT_TRUE(output().contains("import_wire_types_dialog")) << output().toStdString();
+            setCheck(dialog, 1037, dialog.IsDlgButtonChecked(1037) == 0);
+            setCheck(dialog, 1039, dialog.IsDlgButtonChecked(1039) == 0);
+            clickButton(dialog, 2);
+        }});
     EXPECT_EQ(options(), before) << "Cancel keeps the options of the last OK";
     EXPECT_EQ(value, "(\"" + path + "\" " + before + " (" + kGrey + " " + kWhite + "))");
 
@@ -151,7 +170,7 @@ TEST_F(ImportDialogTest, CancelGivesThePresetRowsAndKeepsTheLastAcceptedOptions)
     EXPECT_EQ(value.count(QRegularExpression("\\(\"[A-Z]{2}_")), 5) << "all five wire types";
 }
 
-TEST_F(ImportDialogTest, WithoutTheShowFlagNothingIsShownAndTheAnswerComesBackWhole) {
+TEST_F(ImportDialogTest, WithoutTheShowFlagNothingIsShownAndADrawingWithoutWireTypesGivesNil) {
     const QString path = importDrawing();
     const QString answer = evalLisp("(wd_wirlay_get_dwg_wiretype_settings \"" + path + "\")").value;
     ASSERT_TRUE(answer.startsWith("((\"BK_1.5\"")) << answer.toStdString();
@@ -159,9 +178,8 @@ TEST_F(ImportDialogTest, WithoutTheShowFlagNothingIsShownAndTheAnswerComesBackWh
     const QString value = runWith(call(path, 0, "(list \"" + path + "\" \"GY_0.5\")"));
     EXPECT_TRUE(m_openings.isEmpty());
     EXPECT_EQ(value, "(\"" + path + "\" " + options() + " (" + answer + "))");
-}
 
-TEST_F(ImportDialogTest, ADrawingWithoutWireTypesOrNoDrawingAtAllGivesNil) {
+    // A drawing without wire types, or no drawing at all, gives nil.
     const QString empty = tempPath("template.dwt");
     ASSERT_TRUE(QFile::copy(QStringLiteral(ZEL_DEMO_DIR "/drawings/template.dwt"), empty));
     const QString notADrawing = tempPath("notes.dwg");
@@ -188,52 +206,18 @@ TEST_F(ImportDialogTest, ADrawingWithoutWireTypesOrNoDrawingAtAllGivesNil) {
     EXPECT_FALSE(notice.isEmpty()) << "no task dialog came up";
 }
 
-TEST_F(ImportDialogTest, AHeaderDoubleClickSortsDownThenUpAndAHeaderClickSelectsNothing) {
-    const QString path = importDrawing();
-    runWith(
-        call(path, 1, "(list \"" + path + "\" \"BN_1\")"), {[&](platform::TemplateDialog& base) {
-            auto& dialog = dynamic_cast<ZelImportWTDlg&>(base);
-            ZelImportWTGrid& grid = dialog.grid();
-            auto layers = [&] {
-                QStringList names;
-                for (int row = 1; row <= grid.GetLoadedRows(); ++row)
-                    names << cell(grid, row, 3);
-                return names;
-            };
-            QHeaderView* header = grid.horizontalHeader();
-            QTest::mouseClick(header->viewport(), Qt::LeftButton, Qt::NoModifier,
-                              QPoint(header->sectionViewportPosition(3) + 5, 5));
-            settle();
-            EXPECT_EQ(selectedLayers(grid), QStringList({"BN_1"}));
-            doubleClickColumnHeader(grid, 3);
-            EXPECT_EQ(layers(), QStringList({"WH_0.75", "OG_2.5", "GY_0.5", "BN_1", "BK_1.5", ""}));
-            doubleClickColumnHeader(grid, 3);
-            EXPECT_EQ(layers(), QStringList({"", "BK_1.5", "BN_1", "GY_0.5", "OG_2.5", "WH_0.75"}));
-            EXPECT_EQ(selectedLayers(grid), QStringList({"BN_1"}));
-            clickButton(dialog, 2);
-        }});
-}
-
 // A list of rows without an outer bracket, one of them short, read by the edit dialog's
 // way: rows in grid order, and the vectors grow with each call.
 TEST_F(ImportDialogTest, RowVectorsInBothOrdersAndNotClearedBetweenCalls) {
-    resbuf* settings = ovutBuildList(RTLB, RTSTR, L"L1", RTSTR, L"C1", RTSTR, L"S1", RTSTR, L"v1",
-                                     RTLE, RTLB, RTSTR, L"L2", RTSTR, L"C2", RTLE, 0);
     // The second row gets its flag from a 24th position.
+    resbuf* settings = ovutBuildList(RTLB, RTSTR, L"L1", RTSTR, L"C1", RTSTR, L"S1", RTSTR, L"v1",
+                                     RTLE, RTLB, RTSTR, L"L2", RTSTR, L"C2", RTSTR, L"S2", 0);
     resbuf* tail = settings;
-    while (tail->rbnext->rbnext)
+    while (tail->rbnext)
         tail = tail->rbnext;
-    resbuf* end = tail->rbnext;
-    tail->rbnext = nullptr;
-    resbuf* more = tail;
-    more->rbnext = ovutBuildList(RTSTR, L"S2", 0);
-    more = more->rbnext;
-    for (int i = 0; i < 20; ++i) {
-        more->rbnext = ovutBuildList(RTSTR, i == 19 ? L"last" : L"", 0);
-        more = more->rbnext;
-    }
-    more->rbnext = ovutBuildList(RTSTR, L"0", 0);
-    more->rbnext->rbnext = end;
+    for (int i = 0; i < 21; ++i)
+        tail = tail->rbnext = ovutBuildList(RTSTR, i == 19 ? L"last" : i == 20 ? L"0" : L"", 0);
+    tail->rbnext = ovutBuildList(RTLE, 0);
 
     {
         const ResourceOverride resources;

@@ -18,8 +18,9 @@ protected:
     }
 };
 
-TEST_F(SetWTDlgTest, OkWithAChosenRowAnswersItAndMakesItCurrent) {
-    OvDbDatabase* database = drawing();
+TEST_F(SetWTDlgTest, OkWithAChosenRowMakesItCurrentAndStoresMakeAllValidAsOff) {
+    OvDbDatabase* database = drawing(true);
+    ASSERT_TRUE(currentRecord(database).endsWith("|1")) << currentRecord(database).toStdString();
     const QString answer =
         runWith("(zel_wire_type_sel \"1\")", {[&](platform::TemplateDialog& dialog) {
                     EXPECT_EQ(dialog.windowTitle(), moduleString(165));
@@ -28,19 +29,9 @@ TEST_F(SetWTDlgTest, OkWithAChosenRowAnswersItAndMakesItCurrent) {
                     clickButton(1);
                 }});
     EXPECT_EQ(answer, R"(("RED_1.5" "0" "0" "1" "0"))");
-    // The default stays, the chosen row becomes current and the stored format is kept.
-    EXPECT_EQ(currentRecord(database).section(u'|', 0, 2), "BLU_1.0|RED_1.5|%C_%S");
-}
-
-TEST_F(SetWTDlgTest, OkStoresMakeAllValidAsOffSinceThisDialogLeavesTheBoxAlone) {
-    OvDbDatabase* database = drawing(true);
-    ASSERT_TRUE(currentRecord(database).endsWith("|1")) << currentRecord(database).toStdString();
-    const QString answer = runWith("(zel_wire_type_sel \"1\")", {[&](platform::TemplateDialog&) {
-                                       clickCell(rowOf("YEL_2.5"), 5);
-                                       clickButton(1);
-                                   }});
-    EXPECT_EQ(answer, R"(("YEL_2.5" "0" "0" "1" "0"))");
-    EXPECT_EQ(currentRecord(database), "BLU_1.0|YEL_2.5|%C_%S|0");
+    // The default stays, the chosen row becomes current and the stored format is kept; this
+    // dialog leaves the make-all-valid box alone, so it is stored as off.
+    EXPECT_EQ(currentRecord(database), "BLU_1.0|RED_1.5|%C_%S|0");
 }
 
 TEST_F(SetWTDlgTest, ARowHeaderIsAChoiceTooAndADoubleClickIsAnOk) {
@@ -65,7 +56,8 @@ TEST_F(SetWTDlgTest, ARowHeaderIsAChoiceTooAndADoubleClickIsAnOk) {
     }
 }
 
-TEST_F(SetWTDlgTest, CancelAndEscAnswerNilAndLeaveTheDrawingAlone) {
+// OK itself is greyed until a choice; Enter must not go round it.
+TEST_F(SetWTDlgTest, CancelEscAndEnterWithoutAChoiceLeaveTheDrawingAlone) {
     OvDbDatabase* database = drawing();
     const QString before = currentRecord(database);
     EXPECT_EQ(runWith("(zel_wire_type_sel \"1\")", {[&](platform::TemplateDialog&) {
@@ -73,27 +65,17 @@ TEST_F(SetWTDlgTest, CancelAndEscAnswerNilAndLeaveTheDrawingAlone) {
                           clickButton(2);
                       }}),
               "nil");
-    EXPECT_EQ(runWith("(zel_wire_type_sel \"1\")", {[&](platform::TemplateDialog&) {
+    EXPECT_EQ(runWith("(zel_wire_type_sel \"1\")", {[&](platform::TemplateDialog& dialog) {
+                          key(Qt::Key_Return);
+                          EXPECT_TRUE(dialog.isVisible());
+                          // F1 and Help show the dialog's page.
+                          key(Qt::Key_F1);
+                          clickButton(1013);
                           clickCell(rowOf("RED_1.5"), 3);
                           key(Qt::Key_Escape);
                       }}),
               "nil");
     EXPECT_EQ(currentRecord(database), before);
-}
-
-// OK itself is greyed until a choice (above); Enter must not go round it.
-TEST_F(SetWTDlgTest, WithoutAChoiceEnterKeepsTheDialogOpen) {
-    drawing();
-    const QString answer =
-        runWith("(zel_wire_type_sel \"1\")", {[&](platform::TemplateDialog& dialog) {
-                    key(Qt::Key_Return);
-                    EXPECT_TRUE(dialog.isVisible());
-                    // F1 and Help show the dialog's page.
-                    key(Qt::Key_F1);
-                    clickButton(1013);
-                    clickButton(2);
-                }});
-    EXPECT_EQ(answer, "nil");
     EXPECT_EQ(output().count("set_wire_type_dialog"), 2) << output().toStdString();
 }
 

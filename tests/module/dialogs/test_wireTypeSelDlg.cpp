@@ -54,37 +54,31 @@ TEST_F(WireTypeSelDlgTest, OkMakesTheChoiceCurrentOnlyWhenAskedAndChangeWiresNev
     EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
 }
 
-TEST_F(WireTypeSelDlgTest, CancelAfterADeleteAsksNothingAndKeepsTheLayer) {
-    wireTypeDrawing({"BLUE_1", "RED_1"}, {.saved = true});
-    const int result = runSelDialog([&] {
-        clickRowHeader(2);
-        contextMenu(2, 5, 40028);
-        ASSERT_EQ(gridNames(), QStringList{"BLUE_1"});
-        clickButton(2);
-    });
-    EXPECT_EQ(result, platform::TemplateDialog::IDCANCEL);
-    EXPECT_TRUE(messages().shown().empty());
-    EXPECT_EQ(selDialog().GetResult(), nullptr);
-    OvDbDatabase* saved = savedDrawing();
-    EXPECT_FALSE(wireRecord(saved, "RED_1").isEmpty());
-}
-
-TEST_F(WireTypeSelDlgTest, CopyGoesToTheCopyFileAndLeavesTheClipboardAlone) {
+TEST_F(WireTypeSelDlgTest, CopyGoesToTheCopyFileAndCancelAfterADeleteKeepsTheLayer) {
     wireTypeDrawing({"BLUE_1", "RED_1"}, {.saved = true});
     QApplication::clipboard()->setText("untouched");
     const QString copyFile = ZelWTGrid::CopyFilePath();
     QFile::remove(copyFile);
-    runSelDialog([&] {
+    const int result = runSelDialog([&] {
         typeInto(1, 3, "BL");
         clickCell(1, 3);
         clickCell(1, 4, Qt::ShiftModifier);
         key(Qt::Key_C, Qt::ControlModifier);
+        clickRowHeader(2);
+        contextMenu(2, 5, 40028);
+        ASSERT_EQ(gridNames(), QStringList{"BLUE_1"});
         clickButton(2);
     });
     EXPECT_EQ(QApplication::clipboard()->text(), "untouched");
     QFile file(copyFile);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << copyFile.toStdString();
     EXPECT_EQ(QString::fromUtf8(file.readAll()).trimmed(), "BL");
+
+    // Cancel asks nothing and the deleted row's layer keeps its wire type.
+    EXPECT_EQ(result, platform::TemplateDialog::IDCANCEL);
+    EXPECT_TRUE(messages().shown().empty());
+    EXPECT_EQ(selDialog().GetResult(), nullptr);
+    EXPECT_FALSE(wireRecord(savedDrawing(), "RED_1").isEmpty());
 }
 
 TEST_F(WireTypeSelDlgTest, SetOnlyKeepsTheChangeOptionsOffAndOkStillWorks) {

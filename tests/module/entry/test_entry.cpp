@@ -121,12 +121,10 @@ TEST_F(EntryTest, EveryDrawingGetsTheSixteenFunctionsWhetherOpenedBeforeOrAfterT
         EXPECT_EQ(definedFunctions(), kLispFunctions) << doc->docTitle().toStdString();
         EXPECT_TRUE(invokable(L"wd_cfg_read_dwg_params"));
         EXPECT_TRUE(invokable(L"wd_wirlay_get_dwg_wiretype_settings"));
-        // Each name reaches its own handler.
-        for (const char* name : {"zel_wire_type_sel"}) {
-            clearOutput();
-            EXPECT_EQ(evalLisp(QStringLiteral("(%1)").arg(name)).value, QStringLiteral("nil"));
-            EXPECT_TRUE(output().contains(name + QStringLiteral(": the wire type dialogs")));
-        }
+        // A name reaches its own handler.
+        clearOutput();
+        EXPECT_EQ(evalLisp(QStringLiteral("(zel_wire_type_sel)")).value, QStringLiteral("nil"));
+        EXPECT_TRUE(output().contains("zel_wire_type_sel: the wire type dialogs"));
         // Without a widget application the dialog functions say why they show nothing.
         clearOutput();
         EXPECT_EQ(evalLisp(QStringLiteral("(zel_rename_wire_properties \"A,B\")")).value,
@@ -209,13 +207,7 @@ private:
     int m_files = 0;
 };
 
-TEST_F(DrawingLoadTest, OffAWireLayerTheStoredCurrentWireTypeGoesBackToTheDefault) {
-    ASSERT_NE(openDocument(write(Drawing())), nullptr);
-    EXPECT_EQ(currentRecord(), QStringLiteral("RED_1|RED_1|%C-%S|1"));
-    EXPECT_FALSE(isModified());
-}
-
-TEST_F(DrawingLoadTest, DrawingsThatKeepTheirCurrentWireType) {
+TEST_F(DrawingLoadTest, OnlyOffAWireLayerTheStoredCurrentWireTypeGoesBackToTheDefault) {
     struct Case {
         const char* what;
         Drawing drawing;
@@ -239,6 +231,7 @@ TEST_F(DrawingLoadTest, DrawingsThatKeepTheirCurrentWireType) {
     withoutWdmOrRecord.record.reset();
 
     const Case cases[] = {
+        {"current layer is no wire layer", Drawing(), QStringLiteral("RED_1|RED_1|%C-%S|1")},
         {"current layer is a wire layer", onWireLayer, QStringLiteral("RED_1|BLU_2|%C-%S|1")},
         {"current layer is caught by WIRELAYS", onListedLayer,
          QStringLiteral("RED_1|BLU_2|%C-%S|1")},
