@@ -45,18 +45,27 @@ TEST_F(ConvWTDlgTest, OkReadsTheLayerOfASelectedRowElseTheTextOfTheCurrentCell) 
               R"(("YEL" "0" "1" "0" "1"))");
 }
 
-TEST_F(ConvWTDlgTest, OnlyTheExactModeOneSetsAnyOtherChanges) {
-    // "01", " 1", a number and no mode at all open this dialog: its options are there.
+TEST_F(ConvWTDlgTest, OnlyTheExactModeOneSetsAnyOtherChangesAndKeysDoNotChoose) {
+    // "01", " 1", a number and no mode at all open this dialog: its options are there. A
+    // double click and Enter choose nothing, F1 and Help show its page, Esc cancels.
     for (const QString call : {"(zel_wire_type_sel \"01\")", "(zel_wire_type_sel \" 1\")",
                                "(zel_wire_type_sel 1)", "(zel_wire_type_sel)"}) {
         SCOPED_TRACE(call.toStdString());
+        clearOutput();
         EXPECT_EQ(runWith(call, {[&](platform::TemplateDialog& dialog) {
                               EXPECT_EQ(dialog.windowTitle(), "Change/Convert Wire Type");
                               for (const int id : {1008, 1009, 1010})
                                   EXPECT_TRUE(dialog.IsDlgItemVisible(id)) << id;
-                              clickButton(2);
+                              doubleClickCell(rowOf("RED_1.5"), 3);
+                              EXPECT_TRUE(dialog.isVisible()) << "after the double click";
+                              key(Qt::Key_Return);
+                              EXPECT_TRUE(dialog.isVisible()) << "after Enter";
+                              key(Qt::Key_F1);
+                              clickButton(1013);
+                              key(Qt::Key_Escape);
                           }}),
                   "nil");
+        EXPECT_EQ(output().count("change_convert_wire_type_dialog"), 2) << output().toStdString();
     }
 }
 
@@ -143,21 +152,6 @@ TEST_F(ConvWTDlgTest, PicksOnANonWireLayerOrAnotherWireOrNothingKeepTheChoice) {
     EXPECT_EQ(messages().shown().front().text,
               "The picked object lies on layer PLAIN, which is not a wire type.");
     EXPECT_EQ(messages().shown().front().caption, moduleString(150));
-}
-
-TEST_F(ConvWTDlgTest, KeysAndDoubleClickDoNotChooseEscCancels) {
-    const QString answer =
-        runWith("(zel_wire_type_sel \"0\")", {[&](platform::TemplateDialog& dialog) {
-                    doubleClickCell(rowOf("RED_1.5"), 3);
-                    EXPECT_TRUE(dialog.isVisible()) << "after the double click";
-                    key(Qt::Key_Return);
-                    EXPECT_TRUE(dialog.isVisible()) << "after Enter";
-                    key(Qt::Key_F1);
-                    clickButton(1013);
-                    key(Qt::Key_Escape);
-                }});
-    EXPECT_EQ(answer, "nil");
-    EXPECT_EQ(output().count("change_convert_wire_type_dialog"), 2) << output().toStdString();
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 
 #include "support/ZelUiTest.h"
 
-#include <QFile>
 #include <QProcess>
 
 namespace {

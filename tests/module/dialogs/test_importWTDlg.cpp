@@ -9,13 +9,11 @@
 #include "ovdb/ovut.h"
 
 #include <QAbstractButton>
-#include <QApplication>
 #include <QFile>
 #include <QHeaderView>
 #include <QLabel>
 #include <QRegularExpression>
 #include <QTest>
-#include <QTimer>
 
 namespace {
 
@@ -55,6 +53,14 @@ QString call(const QString& path, int show, const QString& list) {
     return QStringLiteral("(zel_invoke_importwt_dlg \"%1\" %2 %3)").arg(path).arg(show).arg(list);
 }
 
+// The layer column of the loaded rows, top down.
+QStringList layers(ZelImportWTGrid& grid) {
+    QStringList names;
+    for (int row = 1; row <= grid.GetLoadedRows(); ++row)
+        names << ZelUiTest::cell(grid, row, 3);
+    return names;
+}
+
 void setCheck(platform::TemplateDialog& dialog, int id, bool on) {
     if ((dialog.IsDlgButtonChecked(id) != 0) != on)
         ZelUiTest::clickButton(dialog, id);
@@ -62,49 +68,47 @@ void setCheck(platform::TemplateDialog& dialog, int id, bool on) {
 
 TEST_F(ImportDialogTest, TheDrafterClearsAllChoosesTwoRowsAndTakesOverProperties) {
     const QString path = importDrawing();
-    const QString value = runWith(
-        call(path, 1, "(list \"" + path + "\")"), {[&](platform::TemplateDialog& base) {
-            auto& dialog = dynamic_cast<ZelImportWTDlg&>(base);
-            ZelImportWTGrid& grid = dialog.grid();
-            ASSERT_EQ(grid.GetLoadedRows(), 6);
-            QStringList layers;
-            for (int row = 1; row <= 6; ++row)
-                layers << cell(grid, row, 3);
-            EXPECT_EQ(layers, QStringList({"", "BK_1.5", "BN_1", "GY_0.5", "OG_2.5", "WH_0.75"}));
-            EXPECT_EQ(cell(grid, 4, 1), "GY");
-            EXPECT_EQ(cell(grid, 4, 4), moduleString(116));
-            EXPECT_EQ(cell(grid, 2, 4), moduleString(115));
-            EXPECT_EQ(cell(grid, 2, 5), "Rubber");
-            EXPECT_EQ(grid.GetValueRowCol(0, 3), moduleString(105));
+    const QString value =
+        runWith(call(path, 1, "(list \"" + path + "\")"), {[&](platform::TemplateDialog& base) {
+                    auto& dialog = dynamic_cast<ZelImportWTDlg&>(base);
+                    ZelImportWTGrid& grid = dialog.grid();
+                    ASSERT_EQ(grid.GetLoadedRows(), 6);
+                    EXPECT_EQ(layers(grid),
+                              QStringList({"", "BK_1.5", "BN_1", "GY_0.5", "OG_2.5", "WH_0.75"}));
+                    EXPECT_EQ(cell(grid, 4, 1), "GY");
+                    EXPECT_EQ(cell(grid, 4, 4), moduleString(116));
+                    EXPECT_EQ(cell(grid, 2, 4), moduleString(115));
+                    EXPECT_EQ(cell(grid, 2, 5), "Rubber");
+                    EXPECT_EQ(grid.GetValueRowCol(0, 3), moduleString(105));
 
-            // Nobody named rows: all are chosen, and the toggle still shows the template's
-            // caption, which is not "Clear All".
-            EXPECT_EQ(grid.GetSelectedRows(true, false).size(), 6u);
-            EXPECT_TRUE(dialog.IsDlgItemEnabled(1));
-            const QString templateCaption = dialog.GetDlgItemText(1036);
-            EXPECT_NE(templateCaption.compare(moduleString(172), Qt::CaseInsensitive), 0);
+                    // Nobody named rows: all are chosen, and the toggle still shows the template's
+                    // caption, which is not "Clear All".
+                    EXPECT_EQ(grid.GetSelectedRows(true, false).size(), 6u);
+                    EXPECT_TRUE(dialog.IsDlgItemEnabled(1));
+                    const QString templateCaption = dialog.GetDlgItemText(1036);
+                    EXPECT_NE(templateCaption.compare(moduleString(172), Qt::CaseInsensitive), 0);
 
-            clickButton(dialog, 1036);
-            EXPECT_EQ(dialog.GetDlgItemText(1036), moduleString(172));
-            EXPECT_EQ(grid.GetSelectedRows(true, false).size(), 6u);
-            clickButton(dialog, 1036);
-            EXPECT_EQ(dialog.GetDlgItemText(1036), moduleString(171));
-            EXPECT_TRUE(selectedLayers(grid).isEmpty());
-            EXPECT_FALSE(dialog.IsDlgItemEnabled(1));
+                    clickButton(dialog, 1036);
+                    EXPECT_EQ(dialog.GetDlgItemText(1036), moduleString(172));
+                    EXPECT_EQ(grid.GetSelectedRows(true, false).size(), 6u);
+                    clickButton(dialog, 1036);
+                    EXPECT_EQ(dialog.GetDlgItemText(1036), moduleString(171));
+                    EXPECT_TRUE(selectedLayers(grid).isEmpty());
+                    EXPECT_FALSE(dialog.IsDlgItemEnabled(1));
 
-            // A click into an empty choice picks its row; Ctrl adds another.
-            clickCell(grid, 4, 5);
-            clickCell(grid, 2, 1, Qt::ControlModifier);
-            EXPECT_EQ(selectedLayers(grid), QStringList({"BK_1.5", "GY_0.5"}));
-            EXPECT_TRUE(dialog.IsDlgItemEnabled(1));
-            // A plain click with rows chosen keeps them.
-            clickCell(grid, 5, 3);
-            EXPECT_EQ(selectedLayers(grid), QStringList({"BK_1.5", "GY_0.5"}));
+                    // A click into an empty choice picks its row; Ctrl adds another.
+                    clickCell(grid, 4, 5);
+                    clickCell(grid, 2, 1, Qt::ControlModifier);
+                    EXPECT_EQ(selectedLayers(grid), QStringList({"BK_1.5", "GY_0.5"}));
+                    EXPECT_TRUE(dialog.IsDlgItemEnabled(1));
+                    // A plain click with rows chosen keeps them.
+                    clickCell(grid, 5, 3);
+                    EXPECT_EQ(selectedLayers(grid), QStringList({"BK_1.5", "GY_0.5"}));
 
-            setCheck(dialog, 1037, false);
-            setCheck(dialog, 1039, true);
-            clickButton(dialog, 1);
-        }});
+                    setCheck(dialog, 1037, false);
+                    setCheck(dialog, 1039, true);
+                    clickButton(dialog, 1);
+                }});
     // The rows in the order the drafter chose them.
     EXPECT_EQ(value, "(\"" + path + "\" (1 0) (" + kGrey + " " + kBlack + "))");
     EXPECT_TRUE(ZelImportWTDlg::GetImportProperties());
@@ -123,37 +127,34 @@ TEST_F(ImportDialogTest, SortingKeepsTheChoiceCancelGivesThePresetRowsAndKeepsTh
     const QString before = options();
     // The list names the same drawing in other letters; names match with case only.
     const QString list = "(list \"" + path.toUpper() + "\" \"WH_0.75\" \"bk_1.5\" \"GY_0.5\")";
-    QString value = runWith(
-        call(path, 1, list), {[&](platform::TemplateDialog& base) {
-            auto& dialog = dynamic_cast<ZelImportWTDlg&>(base);
-            ZelImportWTGrid& grid = dialog.grid();
-            const QStringList chosen = {"GY_0.5", "WH_0.75"};
-            EXPECT_EQ(selectedLayers(grid), chosen);
-            // A header click selects nothing; a header double click sorts down, then
-            // up, and the choice goes along.
-            auto layers = [&] {
-                QStringList names;
-                for (int row = 1; row <= grid.GetLoadedRows(); ++row)
-                    names << cell(grid, row, 3);
-                return names;
-            };
-            QHeaderView* header = grid.horizontalHeader();
-            QTest::mouseClick(header->viewport(), Qt::LeftButton, Qt::NoModifier,
-                              QPoint(header->sectionViewportPosition(3) + 5, 5));
-            settle();
-            EXPECT_EQ(selectedLayers(grid), chosen);
-            doubleClickColumnHeader(grid, 3);
-            EXPECT_EQ(layers(), QStringList({"WH_0.75", "OG_2.5", "GY_0.5", "BN_1", "BK_1.5", ""}));
-            doubleClickColumnHeader(grid, 3);
-            EXPECT_EQ(layers(), QStringList({"", "BK_1.5", "BN_1", "GY_0.5", "OG_2.5", "WH_0.75"}));
-            EXPECT_EQ(selectedLayers(grid), chosen);
-            clearOutput();
-            clickButton(dialog, 1013);
-            EXPECT_TRUE(output().contains("import_wire_types_dialog")) << output().toStdString();
-            setCheck(dialog, 1037, dialog.IsDlgButtonChecked(1037) == 0);
-            setCheck(dialog, 1039, dialog.IsDlgButtonChecked(1039) == 0);
-            clickButton(dialog, 2);
-        }});
+    QString value =
+        runWith(call(path, 1, list), {[&](platform::TemplateDialog& base) {
+                    auto& dialog = dynamic_cast<ZelImportWTDlg&>(base);
+                    ZelImportWTGrid& grid = dialog.grid();
+                    const QStringList chosen = {"GY_0.5", "WH_0.75"};
+                    EXPECT_EQ(selectedLayers(grid), chosen);
+                    // A header click selects nothing; a header double click sorts down, then
+                    // up, and the choice goes along.
+                    QHeaderView* header = grid.horizontalHeader();
+                    QTest::mouseClick(header->viewport(), Qt::LeftButton, Qt::NoModifier,
+                                      QPoint(header->sectionViewportPosition(3) + 5, 5));
+                    settle();
+                    EXPECT_EQ(selectedLayers(grid), chosen);
+                    doubleClickColumnHeader(grid, 3);
+                    EXPECT_EQ(layers(grid),
+                              QStringList({"WH_0.75", "OG_2.5", "GY_0.5", "BN_1", "BK_1.5", ""}));
+                    doubleClickColumnHeader(grid, 3);
+                    EXPECT_EQ(layers(grid),
+                              QStringList({"", "BK_1.5", "BN_1", "GY_0.5", "OG_2.5", "WH_0.75"}));
+                    EXPECT_EQ(selectedLayers(grid), chosen);
+                    clearOutput();
+                    clickButton(dialog, 1013);
+                    EXPECT_TRUE(output().contains("import_wire_types_dialog"))
+                        << output().toStdString();
+                    setCheck(dialog, 1037, dialog.IsDlgButtonChecked(1037) == 0);
+                    setCheck(dialog, 1039, dialog.IsDlgButtonChecked(1039) == 0);
+                    clickButton(dialog, 2);
+                }});
     EXPECT_EQ(options(), before) << "Cancel keeps the options of the last OK";
     EXPECT_EQ(value, "(\"" + path + "\" " + before + " (" + kGrey + " " + kWhite + "))");
 

@@ -18,41 +18,34 @@ protected:
     }
 };
 
-TEST_F(SetWTDlgTest, OkWithAChosenRowMakesItCurrentAndStoresMakeAllValidAsOff) {
+// A click and OK, a row header and OK, or a double click choose.
+TEST_F(SetWTDlgTest, TheChosenRowIsAnsweredAndMadeCurrentAndMakeAllValidIsStoredAsOff) {
     OvDbDatabase* database = drawing(true);
     ASSERT_TRUE(currentRecord(database).endsWith("|1")) << currentRecord(database).toStdString();
-    const QString answer =
-        runWith("(zel_wire_type_sel \"1\")", {[&](platform::TemplateDialog& dialog) {
-                    EXPECT_EQ(dialog.windowTitle(), moduleString(165));
-                    EXPECT_FALSE(dialog.IsDlgItemEnabled(1)) << "OK before any row was chosen";
-                    clickCell(rowOf("RED_1.5"), 3);
-                    clickButton(1);
-                }});
-    EXPECT_EQ(answer, R"(("RED_1.5" "0" "0" "1" "0"))");
-    // The default stays, the chosen row becomes current and the stored format is kept; this
-    // dialog leaves the make-all-valid box alone, so it is stored as off.
-    EXPECT_EQ(currentRecord(database), "BLU_1.0|RED_1.5|%C_%S|0");
-}
-
-TEST_F(SetWTDlgTest, ARowHeaderIsAChoiceTooAndADoubleClickIsAnOk) {
-    OvDbDatabase* database = drawing();
     const struct {
         QString layer;
-        std::function<void()> choose;
+        std::function<void(platform::TemplateDialog&)> choose;
     } ways[] = {
         {"RED_1.5",
-         [&] {
-             clickRowHeader(rowOf("RED_1.5"));
+         [&](platform::TemplateDialog& dialog) {
+             EXPECT_EQ(dialog.windowTitle(), moduleString(165));
+             EXPECT_FALSE(dialog.IsDlgItemEnabled(1)) << "OK before any row was chosen";
+             clickCell(rowOf("RED_1.5"), 3);
              clickButton(1);
          }},
-        {"YEL_2.5", [&] { doubleClickCell(rowOf("YEL_2.5"), 4); }},
+        {"YEL_2.5",
+         [&](platform::TemplateDialog&) {
+             clickRowHeader(rowOf("YEL_2.5"));
+             clickButton(1);
+         }},
+        {"RED_1.5", [&](platform::TemplateDialog&) { doubleClickCell(rowOf("RED_1.5"), 4); }},
     };
     for (const auto& way : ways) {
-        SCOPED_TRACE(way.layer.toStdString());
-        EXPECT_EQ(runWith("(zel_wire_type_sel \"1\")",
-                          {[&](platform::TemplateDialog&) { way.choose(); }}),
+        EXPECT_EQ(runWith("(zel_wire_type_sel \"1\")", {way.choose}),
                   QStringLiteral(R"(("%1" "0" "0" "1" "0"))").arg(way.layer));
-        EXPECT_EQ(currentLayer(database), way.layer);
+        // The default stays, the chosen row becomes current and the stored format is kept;
+        // this dialog leaves the make-all-valid box alone, so it is stored as off.
+        EXPECT_EQ(currentRecord(database), "BLU_1.0|" + way.layer + "|%C_%S|0");
     }
 }
 

@@ -4,8 +4,6 @@
 
 #include "dialogs/ZelWirePropDlg.h"
 
-#include "platform/Clipboard.h"
-
 #include <QApplication>
 #include <QClipboard>
 

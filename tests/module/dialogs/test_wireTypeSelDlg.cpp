@@ -8,8 +8,6 @@
 
 #include "ovcore/OvLisp.h"
 #include "ovdb/OvDbDatabase.h"
-#include "ovdb/ovut.h"
-#include "platform/MessageBox.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -25,7 +23,8 @@ QString resultText(const resbuf* result) {
 
 } // namespace
 
-TEST_F(WireTypeSelDlgTest, OkMakesTheChoiceCurrentOnlyWhenAskedAndChangeWiresNever) {
+TEST_F(WireTypeSelDlgTest,
+       OkMakesTheChoiceCurrentOnlyWhenAskedChangeWiresNeverSetOnlyOffersNoChange) {
     OvDbDatabase* database = wireTypeDrawing({"BLUE_1", "RED_1"}, {.saved = true});
     const QString before = clayerName(database);
     ASSERT_NE(before, "RED_1");
@@ -52,6 +51,18 @@ TEST_F(WireTypeSelDlgTest, OkMakesTheChoiceCurrentOnlyWhenAskedAndChangeWiresNev
     EXPECT_EQ(resultText(selDialog().GetResult()), R"(("RED_1" "1" "0" "1" "0"))");
     EXPECT_EQ(clayerName(database), "RED_1");
     EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
+
+    // Set only: the change options stay off and OK still answers.
+    result = runSelDialog(
+        [&] {
+            clickCell(1, 5);
+            for (const int id : {1008, 1009, 1010, 1014})
+                EXPECT_FALSE(selDialog().IsDlgItemEnabled(id)) << id;
+            clickButton(1);
+        },
+        true);
+    EXPECT_EQ(result, platform::TemplateDialog::IDOK);
+    EXPECT_EQ(resultText(selDialog().GetResult()), R"(("BLUE_1" "0" "0" "1" "0"))");
 }
 
 TEST_F(WireTypeSelDlgTest, CopyGoesToTheCopyFileAndCancelAfterADeleteKeepsTheLayer) {
@@ -79,18 +90,4 @@ TEST_F(WireTypeSelDlgTest, CopyGoesToTheCopyFileAndCancelAfterADeleteKeepsTheLay
     EXPECT_TRUE(messages().shown().empty());
     EXPECT_EQ(selDialog().GetResult(), nullptr);
     EXPECT_FALSE(wireRecord(savedDrawing(), "RED_1").isEmpty());
-}
-
-TEST_F(WireTypeSelDlgTest, SetOnlyKeepsTheChangeOptionsOffAndOkStillWorks) {
-    wireTypeDrawing({"BLUE_1", "RED_1"}, {.saved = true});
-    const int result = runSelDialog(
-        [&] {
-            clickCell(1, 5);
-            for (const int id : {1008, 1009, 1010, 1014})
-                EXPECT_FALSE(selDialog().IsDlgItemEnabled(id)) << id;
-            clickButton(1);
-        },
-        true);
-    EXPECT_EQ(result, platform::TemplateDialog::IDOK);
-    EXPECT_EQ(resultText(selDialog().GetResult()), R"(("BLUE_1" "0" "0" "1" "0"))");
 }

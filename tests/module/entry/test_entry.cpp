@@ -250,11 +250,11 @@ TEST_F(DrawingLoadTest, OnlyOffAWireLayerTheStoredCurrentWireTypeGoesBackToTheDe
     }
 }
 
-TEST_F(DrawingLoadTest, DrawingsWithoutAFileAreReconciledWithoutBeingMarkedChanged) {
+TEST_F(DrawingLoadTest, DrawingsOpenAtTheLoadAreReconciledAndKeepTheirModifiedStatus) {
     // Never saved, they cannot be opened by name: the routine goes on without looking for
     // WD_M. The first wire type becomes default and current; a drawing without any gets
     // nothing, as the default wire type's name is a text of the module's resources, which
-    // the routine does not switch to.
+    // the routine does not switch to. A drawing changed before the load stays changed.
     ASSERT_TRUE(unloadModule());
     OvApDocument* withWireTypes = newDocument();
     Drawing drawing;
@@ -262,27 +262,22 @@ TEST_F(DrawingLoadTest, DrawingsWithoutAFileAreReconciledWithoutBeingMarkedChang
     drawing.record.reset();
     build(workingDatabase(), drawing);
     ovdbSetDbmod(workingDatabase(), 0);
-    ASSERT_NE(newDocument(), nullptr);
+    OvApDocument* empty = newDocument();
+    ASSERT_NE(empty, nullptr);
     ovdbSetDbmod(workingDatabase(), 0);
-
-    ASSERT_TRUE(loadModule());
-    EXPECT_EQ(currentRecord(), QStringLiteral("none"));
-    EXPECT_FALSE(isModified());
-    ASSERT_EQ(ovDocManagerPtr()->activateDocument(withWireTypes), Orvex::eOk);
-    EXPECT_EQ(currentRecord(), QStringLiteral("RED_1|RED_1||0"));
-    EXPECT_FALSE(isModified());
-}
-
-TEST_F(DrawingLoadTest, ADrawingModifiedBeforeTheLoadStaysModified) {
-    ASSERT_TRUE(unloadModule());
-    const QString path = write(Drawing());
-    ASSERT_NE(openDocument(path), nullptr);
+    ASSERT_NE(openDocument(write(Drawing())), nullptr);
     ZelTestDrawing::addLayer(workingDatabase(), QStringLiteral("SKETCH"));
     ASSERT_TRUE(isModified());
 
     ASSERT_TRUE(loadModule());
     EXPECT_EQ(currentRecord(), QStringLiteral("RED_1|RED_1|%C-%S|1"));
     EXPECT_TRUE(isModified());
+    ASSERT_EQ(ovDocManagerPtr()->activateDocument(empty), Orvex::eOk);
+    EXPECT_EQ(currentRecord(), QStringLiteral("none"));
+    EXPECT_FALSE(isModified());
+    ASSERT_EQ(ovDocManagerPtr()->activateDocument(withWireTypes), Orvex::eOk);
+    EXPECT_EQ(currentRecord(), QStringLiteral("RED_1|RED_1||0"));
+    EXPECT_FALSE(isModified());
 }
 
 } // namespace

@@ -70,52 +70,37 @@ resbuf* readRecord(OvDbObjectId dictionaryId, const QString& key) {
     return chain;
 }
 
+// The layer of that name; null when the drawing has none.
+OvDbObjectId layerOf(OvDbDatabase* database, const QString& name) {
+    OvDbLayerTable* table = nullptr;
+    EXPECT_EQ(database->getLayerTable(table, OvDb::kForRead), Orvex::eOk);
+    OvDbObjectId id;
+    if (table != nullptr && table->getIdAt(name, id) != Orvex::eOk)
+        id = OvDbObjectId();
+    if (table != nullptr)
+        table->close();
+    return id;
+}
+
 } // namespace
 
 OvDbObjectId ZelTestDrawing::addLayer(OvDbDatabase* database, const QString& name, int colorIndex) {
-    OvDbLayerTable* table = nullptr;
-    EXPECT_EQ(database->getLayerTable(table, OvDb::kForRead), Orvex::eOk);
-    if (table == nullptr)
-        return OvDbObjectId();
-    OvDbObjectId id;
-    const bool known = table->getIdAt(name, id) == Orvex::eOk;
-    table->close();
-    return known ? id : ovdbtest::addLayer(*database, name, colorIndex);
+    const OvDbObjectId known = layerOf(database, name);
+    return known.isNull() ? ovdbtest::addLayer(*database, name, colorIndex) : known;
 }
 
 OvDbObjectId ZelTestDrawing::addLine(OvDbDatabase* database, const QString& layer) {
-    OvDbBlockTableRecord* space = nullptr;
-    EXPECT_EQ(ovdbOpenObject(space, database->modelSpaceId(), OvDb::kForWrite), Orvex::eOk);
-    if (space == nullptr)
-        return OvDbObjectId();
-    auto* line = new OvDbLine(OvGePoint3d(0, 0, 0), OvGePoint3d(10, 0, 0));
-    OvDbObjectId id;
-    EXPECT_EQ(space->appendOvDbEntity(id, line), Orvex::eOk);
-    EXPECT_EQ(line->setLayer(layer), Orvex::eOk);
-    line->close();
-    space->close();
-    return id;
+    const OvDbObjectId layerId = layerOf(database, layer);
+    EXPECT_FALSE(layerId.isNull()) << "no layer " << layer.toStdString();
+    return ovdbtest::addLine(*database, OvGePoint3d(0, 0, 0), OvGePoint3d(10, 0, 0), layerId);
 }
 
 OvDbObjectId ZelTestDrawing::addWdmBlock(OvDbDatabase* database, const QString& wireLayers) {
     const OvDbObjectId block = ovdbtest::addBlock(*database, QStringLiteral("WD_M"));
-    OvDbBlockTableRecord* owner = nullptr;
-    EXPECT_EQ(ovdbOpenObject(owner, database->modelSpaceId(), OvDb::kForWrite), Orvex::eOk);
-    if (owner == nullptr)
-        return OvDbObjectId();
-    auto* reference = new OvDbBlockReference(OvGePoint3d(0, 0, 0), block);
-    OvDbObjectId id;
-    EXPECT_EQ(owner->appendOvDbEntity(id, reference), Orvex::eOk);
-    for (const auto& [tag, text] : {std::pair{"TAGMODE", QStringLiteral("1")},
-                                    {"WIRELAYS", wireLayers},
-                                    {"SHEET", QStringLiteral("01")}}) {
-        auto* attribute = new OvDbAttribute(OvGePoint3d(0, 0, 0), text, QString::fromLatin1(tag));
-        EXPECT_EQ(reference->appendAttribute(attribute), Orvex::eOk);
-        attribute->close();
-    }
-    reference->close();
-    owner->close();
-    return id;
+    return ovdbtest::addReference(*database, block, OvGePoint3d(0, 0, 0),
+                                  {{QStringLiteral("TAGMODE"), QStringLiteral("1")},
+                                   {QStringLiteral("WIRELAYS"), wireLayers},
+                                   {QStringLiteral("SHEET"), QStringLiteral("01")}});
 }
 
 QString ZelTestDrawing::attributeText(OvDbObjectId reference, const QString& tag) {

@@ -375,10 +375,6 @@ const WireLayerRec* ZelUiTest::rowRecord(int row) const {
     return found == rows.end() ? nullptr : found->second;
 }
 
-QString ZelUiTest::currentLayer(OvDbDatabase* database) const {
-    return currentRecord(database).section(u'|', 1, 1);
-}
-
 void ZelUiTest::queuePickOf(OvDbObjectId id) {
     ov_name name = {0, 0};
     ASSERT_EQ(ovdbGetOvName(name, id), RTNORM);

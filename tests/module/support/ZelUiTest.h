@@ -97,7 +97,6 @@ protected:
     QStringList gridNames() const;
     int rowOf(const QString& layer) const;
     const WireLayerRec* rowRecord(int row) const;
-    QString currentLayer(OvDbDatabase* database) const;
     // Queues a pick of an entity, as the editor's pick queue takes it.
     void queuePickOf(OvDbObjectId id);
 
