@@ -62,12 +62,9 @@ void ZelTestHost::SetUp() {
     m_temp = std::make_unique<QTemporaryDir>();
     ASSERT_TRUE(m_temp->isValid());
     m_oldCurrent = QDir::currentPath();
+    // Null when unset, so that TearDown unsets it again.
     m_oldDataHome = qgetenv("XDG_DATA_HOME");
     m_oldConfigHome = qgetenv("XDG_CONFIG_HOME");
-    if (!qEnvironmentVariableIsSet("XDG_DATA_HOME"))
-        m_oldDataHome = QByteArray();
-    if (!qEnvironmentVariableIsSet("XDG_CONFIG_HOME"))
-        m_oldConfigHome = QByteArray();
     qputenv("XDG_DATA_HOME", QFile::encodeName(tempPath(QStringLiteral("data"))));
     qputenv("XDG_CONFIG_HOME", QFile::encodeName(tempPath(QStringLiteral("config"))));
     QDir().mkpath(tempPath(QStringLiteral("data")));
