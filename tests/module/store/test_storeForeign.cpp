@@ -66,7 +66,6 @@ TEST_F(StoreTest, AWireTypeRecordIsReadAsFarAsItsLayoutAllows) {
          "RD|1.5|CABLE|u1|u20|7|false"},
         // Too few: the rest takes its defaults, the row and flag among them.
         {"too few", ovutBuildList(1, L"RD", 2, L"1.5", 0), "RD|1.5||||0|true"},
-        {"nothing but a colour", ovutBuildList(1, L"RD", 0), "RD|||||0|true"},
         // A group of another code is passed over at its place, not taken for the next.
         {"wrong types",
          chain(ovutBuildList(90, 5L, 1, L"RD", 40, 2.5, 0),

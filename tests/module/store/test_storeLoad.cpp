@@ -1,7 +1,6 @@
 // The load that sorts a drawing's layers, the records kept in a drawing, keys, user property
 // names, the default wire type and the project's wire types.
 
-#include "shell/ResourceOverride.h"
 #include "store/SplitPropertyList.h"
 #include "store/ZelWireTypeRec.h"
 #include "support/ZelTestDrawing.h"
@@ -11,8 +10,6 @@
 
 #include "ovcore/OvApDocManager.h"
 #include "ovdb/ovdb.h"
-#include "platform/Resources.h"
-#include "zelpm/ZelPrmProjectManager.h"
 
 namespace {
 
@@ -132,7 +129,7 @@ TEST_F(StoreTest, KeysNumberTheLoadAndACollisionTakesTheCountersNextValue) {
 }
 
 TEST_F(StoreTest, TheReaderIsNotTheMirrorOfTheWriter) {
-    OvDbDatabase* database = makeDrawing({"SHORT", "FULL", "BLANKKIND", "TWO"});
+    OvDbDatabase* database = makeDrawing({"SHORT", "FULL"});
     const auto put = [&](const QString& layer, resbuf* chain) {
         ZelTestDrawing::setExtensionRecord(layerId(database, layer), "ZEL_WIRETYPE", chain);
         ovutRelRb(chain);
@@ -141,8 +138,6 @@ TEST_F(StoreTest, TheReaderIsNotTheMirrorOfTheWriter) {
     put("SHORT", wireChain({"RED", "1.5", "WIRE"}, 0, 5, false));
     // Group 90 is read as 16 bits.
     put("FULL", wireChain({"BLU", "2.5", "WIRE"}, 20, 70000, false));
-    put("BLANKKIND", wireChain({"A", "B", ""}, 0));
-    put("TWO", wireChain({"A", "B"}, 0));
 
     ZelWireTypeRec store;
     const WireLayerRec* shortRec = record(store, "SHORT");
@@ -154,8 +149,6 @@ TEST_F(StoreTest, TheReaderIsNotTheMirrorOfTheWriter) {
     EXPECT_EQ(full->userValues.back(), "u20");
     EXPECT_EQ(full->gridRow, 4464);
     EXPECT_FALSE(full->wireFlag);
-    EXPECT_EQ(record(store, "BLANKKIND")->wireKind, "WIRE");
-    EXPECT_TRUE(record(store, "TWO")->wireKind.isEmpty()) << "repaired only when a third exists";
 
     // What the default wire type is written with: no user values at all.
     std::vector<QString> none;
@@ -210,41 +203,6 @@ TEST_F(StoreTest, UserPropertyNamesComeFromTheProjectOrDefault) {
     EXPECT_EQ(names[0], "USER1");
 }
 
-TEST_F(StoreTest, TheDefaultWireTypeIsMadeOnceAndOnlyWithTheModulesResources) {
-    OvDbDatabase* database = makeDrawing({}, QString());
-    QString name;
-    // Outside a resource switch the name of string 110 comes back empty.
-    EXPECT_FALSE(ZelWireTypeRec().GetFirstWireLayer(name));
-    EXPECT_FALSE(database->isModified());
-
-    const ResourceOverride resources;
-    ASSERT_TRUE(ZelWireTypeRec().GetFirstWireLayer(name));
-    EXPECT_EQ(name, "WIRES");
-    EXPECT_TRUE(layerId(database, name).isValid());
-    EXPECT_EQ(wireLays(), "WIR*");
-    EXPECT_EQ(output().count(platform::formatText(moduleString(155), name)), 1)
-        << output().toStdString();
-    clearOutput();
-    ASSERT_TRUE(ZelWireTypeRec().GetFirstWireLayer(name));
-    EXPECT_EQ(name, "WIRES");
-    EXPECT_TRUE(output().isEmpty());
-}
-
-TEST_F(StoreTest, AssigningAndResettingTheDefaultWireType) {
-    OvDbDatabase* database = makeDrawing({"W1", "W2"}, QStringLiteral("W*"));
-    ZelWireTypeRec store;
-    resbuf* chain = nullptr;
-    ASSERT_TRUE(store.AssignDefaultWireType(chain));
-    EXPECT_EQ(ovcore::lisp::toLispNotation(chain),
-              "((1 . \"W1\") (1 . \"W1\") (1 . \"\") (290 . 0))");
-    ovutRelRb(chain);
-
-    // A default layer that is gone gives way to the first wire layer, for both names.
-    ASSERT_TRUE(store.SetCurWireLayerXrec("GONE", "W2", "%C", true));
-    EXPECT_TRUE(store.ResetToDefWireType());
-    EXPECT_EQ(currentRecord(database), "W1|W1|%C|1");
-}
-
 TEST_F(StoreTest, AProjectWireTypeReadsAsTwentyThreeValues) {
     makeDrawing({});
     openWireTypeProject("INSERT INTO WIRETYPE VALUES ('1', 'RED_15', 'RED', NULL, 0, 2);"
@@ -271,9 +229,6 @@ TEST_F(StoreTest, AProjectWireTypeReadsAsTwentyThreeValues) {
     EXPECT_TRUE(output().contains("wire type \"ZERO\" of drawing 1 has user property number 0 "
                                   "in WIRETYPE_USR, which is not one from 1 to 20"))
         << output().toStdString();
-    values.clear();
-    ASSERT_TRUE(store.QueryWireType("9", "UNKNOWN", values, 1));
-    EXPECT_EQ(values, std::vector<QString>(23));
 
     // A user number outside the result: what was fetched before stays.
     values.clear();
@@ -287,8 +242,6 @@ TEST_F(StoreTest, AProjectWireTypeReadsAsTwentyThreeValues) {
     EXPECT_FALSE(store.QueryWireType("1", "O'BRIEN", values, 1));
     EXPECT_TRUE(values.empty());
     EXPECT_TRUE(output().contains("O'BRIEN")) << output().toStdString();
-    GetProjectManager()->closeProject();
-    EXPECT_FALSE(store.QueryWireType("1", "RED_15", values, 1));
 }
 
 TEST_F(StoreTest, ARecursiveQueryThroughALayerNameIsStoppedAndSaid) {
