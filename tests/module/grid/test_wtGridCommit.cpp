@@ -1,5 +1,6 @@
-// Loading the grid from a drawing and committing it back: stored rows, sorting, dragging,
-// the remove button, the make-all-valid box and the saved widths.
+// Loading the grid from a drawing and committing it back: stored rows, sorting (a dragged
+// row is stored by the same walk), the remove button, the make-all-valid box and the saved
+// widths.
 
 #include "GridTest.h"
 
@@ -70,36 +71,6 @@ TEST_F(GridCommitTest, RowsWithoutStoredPlacesComeByNameAndACommitStoresTheSorte
     EXPECT_EQ(record(reread, "W_C")->gridRow, 1);
     EXPECT_EQ(record(reread, "W_B")->gridRow, 2);
     EXPECT_EQ(record(reread, "W_A")->gridRow, 3);
-}
-
-TEST_F(GridCommitTest, ARowDraggedToAnotherPlaceIsStoredThere) {
-    wireTypeDrawing({"W_A", "W_B", "W_C"}, {.gridRows = {1, 2, 3}});
-    openOwner();
-    ASSERT_EQ(gridNames(), QStringList({"W_A", "W_B", "W_C"}));
-
-    // Select row 3 by its header, then drag the header up to row 1.
-    clickRowHeader(3);
-    QHeaderView* header = grid().verticalHeader();
-    const auto rowPoint = [header](int row) {
-        return QPoint(header->width() / 2,
-                      header->sectionViewportPosition(row - 1) + header->sectionSize(row - 1) / 2);
-    };
-    QTest::mousePress(header->viewport(), Qt::LeftButton, Qt::NoModifier, rowPoint(3));
-    for (int y = rowPoint(3).y(); y >= rowPoint(1).y(); y -= 4) {
-        QMouseEvent move(QEvent::MouseMove, QPointF(rowPoint(1).x(), y),
-                         header->viewport()->mapToGlobal(QPointF(rowPoint(1).x(), y)), Qt::NoButton,
-                         Qt::LeftButton, Qt::NoModifier);
-        QApplication::sendEvent(header->viewport(), &move);
-    }
-    QTest::mouseRelease(header->viewport(), Qt::LeftButton, Qt::NoModifier, rowPoint(1));
-    settle();
-    ASSERT_EQ(gridNames(), QStringList({"W_C", "W_A", "W_B"}));
-
-    ASSERT_TRUE(commitAtOk());
-    ZelWireTypeRec reread;
-    EXPECT_EQ(record(reread, "W_C")->gridRow, 1);
-    EXPECT_EQ(record(reread, "W_A")->gridRow, 2);
-    EXPECT_EQ(record(reread, "W_B")->gridRow, 3);
 }
 
 TEST_F(GridCommitTest, RemoveIsOfferedOnlyWhenNoRemainingRowNeedsThePattern) {

@@ -112,6 +112,8 @@ TEST_F(StoreTest, EditTakesOverOnlyRealChanges) {
 
     EXPECT_EQ(edit("NONE", "X", 0), Orvex::eKeyNotFound);
     EXPECT_EQ(edit("W1", "X", 99), Orvex::eKeyNotFound);
+    EXPECT_EQ(edit("", "X", 1), Orvex::eEmptyLayerName);
+    EXPECT_EQ(edit("W=1", "X", 1), Orvex::eInvalidLayerName);
 
     // The short form: given texts win over the names matched.
     std::vector<QString> names{"Wire Color", "USER2"};

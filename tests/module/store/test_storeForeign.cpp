@@ -194,6 +194,7 @@ TEST_F(StoreTest, APatternListWithEmptyAndOddTokensStillAnswers) {
     QString pattern;
     EXPECT_TRUE(store.GetWd_mLayerName("rd_1", pattern));
     EXPECT_EQ(pattern, "RD*");
+    EXPECT_FALSE(store.GetWd_mLayerName("GN", pattern));
 }
 
 } // namespace

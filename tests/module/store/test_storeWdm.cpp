@@ -150,12 +150,6 @@ TEST_F(StoreTest, TheWorkingDrawingAndAnotherAreAskedAlike) {
     store.SetCurWireLayerXrec("", "", "", true);
     EXPECT_TRUE(store.IsInWd_m("ANY"));
     EXPECT_FALSE(store.IsInOtherDrawingWd_m("ANY", empty));
-
-    makeDrawing({}, QStringLiteral("RED*,BLU*"), "third.dwg");
-    ZelWireTypeRec third;
-    EXPECT_TRUE(third.GetWd_mLayerName("blue_2", pattern));
-    EXPECT_EQ(pattern, "BLU*");
-    EXPECT_FALSE(third.GetWd_mLayerName("GREEN", pattern));
 }
 
 } // namespace
