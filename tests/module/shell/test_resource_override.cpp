@@ -63,30 +63,14 @@ TEST_F(ResourceOverrideTest, HandleCurrentBeforeIsTheOneRestored) {
     EXPECT_EQ(platform::currentResourceHandle(), platform::hostResourceHandle());
 }
 
-TEST_F(ResourceOverrideTest, LibraryIsTakenFromTheModuleFolderElseBySystemSearch) {
+// Where the library is looked for is the module load's case; here only what a switch does
+// without one.
+TEST_F(ResourceOverrideTest, WithoutTheLibraryTheSwitchReachesNothingOfTheModules) {
     ZelDetachResources();
     ASSERT_EQ(resourceLibrary, nullptr);
-    {
-        // Without the library the switch reaches nothing of the module's.
-        ResourceOverride resources;
-        EXPECT_TRUE(platform::loadString(kCaption).isEmpty());
-    }
-
-    // The module file is not loaded in a test program: its folder is the program's.
-    ASSERT_TRUE(LoadResourceLibrary(QStringLiteral("ZelWireType.ovm"),
-                                    QStringLiteral("ZelWireTypeRes.so")));
-    EXPECT_EQ(resourceLibrary->fileName(),
-              QDir(programFolder()).filePath(QStringLiteral("ZelWireTypeRes.so")));
-    platform::freeResourceLibrary(resourceLibrary);
-    resourceLibrary = nullptr;
-
-    EXPECT_FALSE(LoadResourceLibrary(QStringLiteral("ZelWireType.ovm"),
-                                     QStringLiteral("NoSuchResources.so")));
-    EXPECT_EQ(resourceLibrary, nullptr);
-    // Neither in the folder nor on the search path.
-    EXPECT_FALSE(ZelAttachResources(tempPath(QStringLiteral("empty"))));
-    EXPECT_EQ(moduleResource, nullptr);
     EXPECT_FALSE(extensionModuleReady);
+    ResourceOverride resources;
+    EXPECT_TRUE(platform::loadString(kCaption).isEmpty());
 }
 
 TEST_F(ResourceOverrideTest, LibraryEntryAttachesAndDetaches) {

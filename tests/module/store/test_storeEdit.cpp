@@ -196,23 +196,6 @@ TEST_F(StoreTest, TheSettingsNamesAreAppended) {
               QStringList({"WIRE COLOR", "USER1", "FLAG"}));
 }
 
-TEST_F(StoreTest, TheLayerWalkIgnoresCaseAndTheCallerClosesWhatItLeavesOpen) {
-    makeDrawing({"WIRE_RED", "LAST"});
-    ZelWireTypeRec store;
-    OvDbLayerTableRecord* layer = nullptr;
-    ASSERT_TRUE(store.GetLayerTblRec("wire_red", OvDb::kForWrite, layer));
-    EXPECT_EQ(layer->name(), "WIRE_RED");
-    EXPECT_TRUE(layer->isWriteEnabled());
-    layer->close();
-
-    // No match: the last layer visited is still open, and closing it is the caller's part.
-    EXPECT_FALSE(store.GetLayerTblRec("MISSING", OvDb::kForRead, layer));
-    ASSERT_NE(layer, nullptr);
-    EXPECT_EQ(layer->name(), "LAST");
-    EXPECT_EQ(ovdbOpenObjectCount(), 1u);
-    layer->close();
-}
-
 TEST_F(StoreTest, AddNewLayerMakesANewLayerOrTakesUpAnExistingOne) {
     OvDbDatabase* database = makeDrawing({"OLD"});
     ZelTestDrawing::addLine(database, "OLD");
