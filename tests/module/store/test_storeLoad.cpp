@@ -175,15 +175,6 @@ TEST_F(StoreTest, TheCurrentRecordFallsBackOnWhatWasStored) {
     EXPECT_EQ(ovcore::lisp::toLispNotation(chain),
               "((1 . \"A\") (1 . \"A\") (1 . \"F\") (290 . 0))");
     ovutRelRb(chain);
-
-    // The dictionary without the current record: 340, and no chain.
-    makeDrawing({}, QString(), "second.dwg");
-    resbuf* other = ovutBuildList(1, L"x", 0);
-    ZelTestDrawing::setNamedRecord(workingDatabase(), "ZEL_WIRETYPE", "OTHER", other);
-    ovutRelRb(other);
-    chain = nullptr;
-    EXPECT_EQ(ZelWireTypeRec().GetCurWireLayerXrec(chain), Orvex::eWireTypeNotApplied);
-    EXPECT_EQ(chain, nullptr);
 }
 
 TEST_F(StoreTest, UserPropertyNamesComeFromTheProjectOrDefault) {
