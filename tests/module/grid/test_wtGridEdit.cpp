@@ -167,7 +167,7 @@ TEST_F(GridRowsTest, RowsFromAnotherDrawingAreAddedOrMergedByName) {
         ZelTestDrawing::addLayer(database, "W_A", 5);
         ASSERT_TRUE(ZelTestDrawing::save(database, other));
     }
-    OvDbDatabase* database = wireTypeDrawing({"W_A"});
+    wireTypeDrawing({"W_A"});
     openOwner();
 
     std::vector<QString> fields{"GRN", "4", "IMP_NEW", "No"};
@@ -202,7 +202,6 @@ TEST_F(GridRowsTest, RowsFromAnotherDrawingAreAddedOrMergedByName) {
     EXPECT_EQ(imported->wireColor, "GRN");
     EXPECT_FALSE(imported->wireFlag);
     EXPECT_EQ(imported->userValues.at(19), "n20");
-    (void)database;
 }
 
 TEST_F(GridRowsTest, ExistingLayersBecomeRowsAndAPatternOfNothingIsTold) {

@@ -36,7 +36,6 @@ TEST_F(StoreTest, APatternCatchesTheNewLayerAndNoOther) {
         {"", "", "AB~C", "AB~*"},
         // '#' wants a digit, '@' a letter, '[' opens a set: each is escaped.
         {"", "", "#@.[~", "`#`@.*"},
-        {"", "", "A[1]", "A`[1*"},
         {"~ABD", "", "~ABC", "`~ABC*"},
         {"#1", "", "#1", "`#1*"},
         // The grown pattern is escaped as well.
