@@ -1,11 +1,10 @@
 // Dialog automation in process: procedures queued through the host's LISP drive dialogs
-// of the resource library, a grid and message boxes with real input events; dialogs that
-// nobody drives, procedures that fail or leave their dialog open, and the time-out.
+// of the resource library and a grid with real input events; dialogs that nobody drives,
+// and the time-out. Message boxes and failing procedures are run through orvex itself.
 
 #include "ovauto/OvDialogAutomation.h"
 #include "ovcore/OvLisp.h"
 #include "platform/GridWindow.h"
-#include "platform/MessageBox.h"
 #include "platform/ResourceHandle.h"
 #include "platform/ResourceMenu.h"
 #include "platform/Resources.h"
@@ -107,8 +106,6 @@ protected:
         automation.resetFailures();
         automation.clearMessages();
         automation.setTimeout(10);
-        setMessageBoxMode(MessageBoxMode::Batch);
-        setMessageBoxPrinter([this](const QString& line) { lines << line.trimmed(); });
         eval("(setq seen '())");
         eval("(defun note (x) (setq seen (append seen (list x))))");
     }
@@ -118,7 +115,6 @@ protected:
         automation.clearQueue();
         automation.setLinePrinter({});
         automation.install(OvDialogAutomation::Mode::Batch);
-        setMessageBoxPrinter({});
     }
     int failures() const { return OvDialogAutomation::instance().failures(); }
 
@@ -168,41 +164,8 @@ TEST_F(DialogAutomationTest, DialogsThatNobodyDrivesAreReportedAndCancelled) {
     ASSERT_EQ(lines.size(), 1);
     EXPECT_EQ(lines[0],
               QStringLiteral("dialog \"%1\" not driven: cancelled").arg(undriven.windowTitle()));
-
-    // One opened by a procedure's click, with no procedure left for it.
-    lines.clear();
-    eval("(orvex-dialog-queue (lambda () (orvex-dialog-click 1010) (orvex-dialog-click 1)))");
-    HostDialog outer;
-    EXPECT_EQ(outer.DoModal(), TemplateDialog::IDOK);
-    EXPECT_EQ(outer.nestedResult, TemplateDialog::IDCANCEL);
-    ASSERT_EQ(lines.size(), 1);
-    EXPECT_TRUE(lines[0].endsWith("not driven: cancelled")) << lines[0].toStdString();
     // Not a fault of the run: only a procedure's faults are.
     EXPECT_EQ(failures(), 0);
-}
-
-TEST_F(DialogAutomationTest, AFailingProcedureOrOneThatLeavesItsDialogOpenIsAFault) {
-    eval("(orvex-dialog-queue (lambda () (orvex-dialog-click 4711) (note \"not reached\")))");
-    HostDialog failing;
-    EXPECT_EQ(failing.DoModal(), TemplateDialog::IDCANCEL);
-    EXPECT_EQ(failures(), 1);
-    ASSERT_EQ(lines.size(), 1);
-    EXPECT_TRUE(lines[0].startsWith("; error: the procedure for dialog")) << lines[0].toStdString();
-    EXPECT_TRUE(lines[0].contains("has no control 4711")) << lines[0].toStdString();
-    EXPECT_EQ(eval("seen"), "nil");
-
-    eval("(orvex-dialog-queue (lambda () (orvex-dialog-set-text 1019 \"left\")))");
-    HostDialog leftOpen;
-    EXPECT_EQ(leftOpen.DoModal(), TemplateDialog::IDCANCEL);
-    EXPECT_EQ(failures(), 2);
-    ASSERT_EQ(lines.size(), 2);
-    EXPECT_TRUE(lines[1].contains("was left open by its procedure: cancelled"))
-        << lines[1].toStdString();
-
-    // Bad arguments are LISP errors too, and outside a procedure there is no dialog.
-    EXPECT_FALSE(ovcore::lisp::evalString("(orvex-dialog-click 1)").ok);
-    EXPECT_FALSE(ovcore::lisp::evalString("(orvex-dialog-queue 42)").ok);
-    EXPECT_FALSE(ovcore::lisp::evalString("(orvex-dialog-timeout -1)").ok);
 }
 
 TEST_F(DialogAutomationTest, OnTheDesktopADialogWaitingUnderAProcedureTimesOut) {
@@ -319,19 +282,6 @@ TEST_F(DialogAutomationTest, APopupMenuTakesTheNextProcedure) {
     ASSERT_FALSE(lines.isEmpty());
     EXPECT_TRUE(lines.last().contains("command 40023 of the popup menu is disabled"))
         << lines.last().toStdString();
-}
-
-TEST_F(DialogAutomationTest, MessageBoxesOpenForAProcedureAndAreRecorded) {
-    eval(R"((orvex-dialog-queue
-              (lambda () (note (orvex-dialog-title)) (orvex-dialog-answer "No"))))");
-    EXPECT_EQ(messageBox("Delete 3 rows?", "Wire types", MB_YESNO), IDNO);
-    // Without a procedure the box takes its default answer and prints, as before.
-    EXPECT_EQ(messageBox("Saved.", "Wire types", MB_OK), IDOK);
-    EXPECT_EQ(lines, QStringList{"Wire types: Saved."});
-    EXPECT_EQ(eval("seen"), R"(("Wire types"))");
-    EXPECT_EQ(eval("(orvex-dialog-messages)"),
-              R"((("Wire types" "Delete 3 rows?") ("Wire types" "Saved.")))");
-    EXPECT_EQ(failures(), 0);
 }
 
 } // namespace

@@ -319,8 +319,6 @@ TEST_F(DrawingFiles, BadFilesLeaveTheDatabaseUntouched) {
         return writeBytes(name, QJsonDocument(root).toJson());
     };
     const QString continuous = source.continuousLinetype().handle().toString();
-    QJsonObject badHeader = goodRoot.value("header").toObject();
-    badHeader.insert("clayre", "1");
 
     struct Case {
         const char* what;
@@ -332,13 +330,9 @@ TEST_F(DrawingFiles, BadFilesLeaveTheDatabaseUntouched) {
         {"missing", path("nowhere.dwg"), eFileNotFound, "no such file"},
         {"not JSON", writeBytes("text.dwg", "Not a drawing.\n"), eNotADrawingFile,
          "not valid JSON"},
-        {"another shape", writeBytes("array.dwg", "[1, 2]"), eNotADrawingFile, "not an object"},
         {"empty", writeBytes("empty.dwg", ""), eDrawingTruncated, "empty"},
         {"cut short", writeBytes("cut1.dwg", bytes.left(bytes.size() / 2)), eDrawingTruncated,
          "cut short"},
-        {"cut short", writeBytes("cut2.dwg", bytes.left(bytes.size() - 4)), eDrawingTruncated,
-         "cut short"},
-        {"cut short", writeBytes("cut3.dwg", bytes.left(30)), eDrawingTruncated, "cut short"},
         {"another format tag", header("tag.dwg", "format", "someone-elses-drawing"),
          eNotADrawingFile, "someone-elses-drawing"},
         {"newer version", header("newer.dwg", "version", 2), eDrawingVersionTooNew, "version 2"},
@@ -348,8 +342,6 @@ TEST_F(DrawingFiles, BadFilesLeaveTheDatabaseUntouched) {
          "handle 1 "},
         {"dangling linetype", object("dangling.dwg", "name", "WIRE_BLUE", "linetype", "FFFFF"),
          eDanglingHandle, "FFFFF"},
-        {"dangling owner", object("owner.dwg", "type", "Attribute", "owner", "ABCDE"),
-         eDanglingHandle, "ABCDE"},
         {"layer that is a linetype", object("wrongtype.dwg", "type", "Line", "layer", continuous),
          eBadDrawingFormat, "LinetypeTableRecord"},
         // Where it can, the message names the object.
@@ -363,23 +355,15 @@ TEST_F(DrawingFiles, BadFilesLeaveTheDatabaseUntouched) {
         {"unknown type", object("unknown.dwg", "type", "Line", "type", "Spline"), eBadDrawingFormat,
          "Spline"},
         // A key no object of its class has (here a flipped byte) is named, not passed over;
-        // so is a key given twice, and a key the document or its header does not have.
+        // so is a key given twice.
         {"unknown key", object("key.dwg", "name", "WIRE_BLUE", "lineWeighu", 50), eBadDrawingFormat,
          "object " + edited + " .*unknown key \"lineWeighu\""},
         {"key twice",
          writeBytes("twice.dwg", QByteArray(bytes).replace("\"type\":\"Line\"",
                                                            "\"type\":\"Line\",\"type\":\"Line\"")),
          eBadDrawingFormat, "Line.*\"type\" twice"},
-        {"unknown key of the document", header("rootkey.dwg", "extra", 1), eBadDrawingFormat,
-         "drawing has an unknown key \"extra\""},
-        {"unknown key of the header", header("headerkey.dwg", "header", badHeader),
-         eBadDrawingFormat, "header has an unknown key \"clayre\""},
-        // Texts that are not Unicode: lone surrogates by escape, either half.
-        {"lone high surrogate",
+        {"lone surrogate",
          writeBytes("high.dwg", QByteArray(bytes).replace("\"WIRE_BLUE\"", "\"WIRE_\\ud800BLUE\"")),
-         eBadDrawingFormat, "not valid Unicode"},
-        {"lone low surrogate",
-         writeBytes("low.dwg", QByteArray(bytes).replace("\"WIRE_BLUE\"", "\"WIRE_\\udc00BLUE\"")),
          eBadDrawingFormat, "not valid Unicode"},
         {"JSON that is no object", writeBytes("number.dwg", "42\n"), eNotADrawingFile,
          "a number, not an object"},
@@ -440,7 +424,6 @@ TEST_F(DrawingFiles, FailedSaveKeepsTheOldFile) {
     ASSERT_TRUE(QDir(dir.path()).mkdir("folder"));
     EXPECT_EQ(db.saveAs(w(path("folder")).c_str()), eFileWriteFailed);
     EXPECT_TRUE(db.lastErrorMessage().contains("folder"));
-    EXPECT_EQ(db.saveAs(w(path("no/such/dir/x.dwg")).c_str()), eFileWriteFailed);
     EXPECT_TRUE(db.fileName().isEmpty());
 
     OvDbDatabase empty(false, true);

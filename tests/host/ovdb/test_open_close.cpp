@@ -60,8 +60,6 @@ TEST_F(OpenClose, OpenChecksIdAndClass) {
     OvDbSymbolTableRecord* record = nullptr;
     ASSERT_EQ(ovdbOpenObject(record, db.clayer(), OvDb::kForRead), eOk);
     EXPECT_EQ(record->isA(), OvDbLayerTableRecord::desc());
-    EXPECT_NE(OvDbLayerTableRecord::cast(record), nullptr);
-    EXPECT_EQ(OvDbXrecord::cast(record), nullptr);
     record->close();
 }
 
