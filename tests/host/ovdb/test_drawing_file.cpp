@@ -319,6 +319,8 @@ TEST_F(DrawingFiles, BadFilesLeaveTheDatabaseUntouched) {
         return writeBytes(name, QJsonDocument(root).toJson());
     };
     const QString continuous = source.continuousLinetype().handle().toString();
+    QJsonObject badHeader = goodRoot.value("header").toObject();
+    badHeader.insert("clayre", "1");
 
     struct Case {
         const char* what;
@@ -330,6 +332,8 @@ TEST_F(DrawingFiles, BadFilesLeaveTheDatabaseUntouched) {
         {"missing", path("nowhere.dwg"), eFileNotFound, "no such file"},
         {"not JSON", writeBytes("text.dwg", "Not a drawing.\n"), eNotADrawingFile,
          "not valid JSON"},
+        {"another shape", writeBytes("array.dwg", "[1, 2]"), eNotADrawingFile,
+         "a list, not an object"},
         {"empty", writeBytes("empty.dwg", ""), eDrawingTruncated, "empty"},
         {"cut short", writeBytes("cut1.dwg", bytes.left(bytes.size() / 2)), eDrawingTruncated,
          "cut short"},
@@ -342,6 +346,8 @@ TEST_F(DrawingFiles, BadFilesLeaveTheDatabaseUntouched) {
          "handle 1 "},
         {"dangling linetype", object("dangling.dwg", "name", "WIRE_BLUE", "linetype", "FFFFF"),
          eDanglingHandle, "FFFFF"},
+        {"dangling owner", object("owner.dwg", "type", "Attribute", "owner", "ABCDE"),
+         eDanglingHandle, "ABCDE"},
         {"layer that is a linetype", object("wrongtype.dwg", "type", "Line", "layer", continuous),
          eBadDrawingFormat, "LinetypeTableRecord"},
         // Where it can, the message names the object.
@@ -355,13 +361,18 @@ TEST_F(DrawingFiles, BadFilesLeaveTheDatabaseUntouched) {
         {"unknown type", object("unknown.dwg", "type", "Line", "type", "Spline"), eBadDrawingFormat,
          "Spline"},
         // A key no object of its class has (here a flipped byte) is named, not passed over;
-        // so is a key given twice.
+        // so is a key given twice, and a key the document or its header does not have.
         {"unknown key", object("key.dwg", "name", "WIRE_BLUE", "lineWeighu", 50), eBadDrawingFormat,
          "object " + edited + " .*unknown key \"lineWeighu\""},
         {"key twice",
          writeBytes("twice.dwg", QByteArray(bytes).replace("\"type\":\"Line\"",
                                                            "\"type\":\"Line\",\"type\":\"Line\"")),
          eBadDrawingFormat, "Line.*\"type\" twice"},
+        {"unknown key of the document", header("rootkey.dwg", "extra", 1), eBadDrawingFormat,
+         "drawing has an unknown key \"extra\""},
+        {"unknown key of the header", header("headerkey.dwg", "header", badHeader),
+         eBadDrawingFormat, "header has an unknown key \"clayre\""},
+        // A text that is not Unicode: a lone surrogate by escape.
         {"lone surrogate",
          writeBytes("high.dwg", QByteArray(bytes).replace("\"WIRE_BLUE\"", "\"WIRE_\\ud800BLUE\"")),
          eBadDrawingFormat, "not valid Unicode"},

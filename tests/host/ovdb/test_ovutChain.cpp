@@ -8,7 +8,6 @@ TEST_F(Chain, ValueKindsOfTheCodesTheBridgeAndXrecordsRelyOn) {
     using K = OvRbValueKind;
     const std::pair<int, K> cases[] = {
         {1, K::String},
-        {4, K::String},
         {1000, K::String},
         {RTSTR, K::String},
         {90, K::Int32},

@@ -109,6 +109,7 @@ TEST_F(OnePassReader, FaultsGetTheTreeParsersMessage) {
         {kColor, "\"color\":18446744073709551616,\"lineWeight\":50"},
         {kColor, "\"color\":-9223372036854775809,\"lineWeight\":50"},
         {kComments, "\"comments\":\"Solid \\ud800 line\""},
+        {kComments, "\"comments\":\"Solid \\udc00 line\""},
         {kComments, "\"comments\":\"Solid \\x line\""},
         {kComments, "\"comments\":\"Solid\tline\""},
         {kComments,

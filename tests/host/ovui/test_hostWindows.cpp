@@ -68,32 +68,24 @@ TEST_F(HostWindowsTest, EveryTopicTheModuleNamesHasItsOwnPage) {
     EXPECT_EQ(ovuiHelpPage({}, QStringLiteral("../user-guide")), index);
 }
 
-TEST_F(HostWindowsTest, HelpShowsTheTopicOrTheIndex) {
-    for (const auto& [topic, expected] :
-         {std::pair{QStringLiteral("set_wire_type_dialog"),
-                    QStringLiteral("set_wire_type_dialog.md")},
-          std::pair{QStringLiteral("nonsense"), QStringLiteral("index.md")}}) {
-        QString shown;
-        QString text;
-        whenShown([&](QWidget* dialog) {
-            auto* window = qobject_cast<OvHelpWindow*>(dialog);
-            ASSERT_NE(window, nullptr);
-            shown = QFileInfo(window->page()).fileName();
-            text = control<QTextBrowser>(dialog, QStringLiteral("1001"))->toPlainText();
-            click(dialog, QStringLiteral("2"));
-        });
-        // Through the host's entry point, as the module calls it; the run's log names it.
-        const QString printed = printedBy([&] {
-            const std::wstring wide = topic.toStdWString();
-            EXPECT_EQ(ovedHelp(L"", wide.c_str(), 0), RTNORM);
-        });
-        EXPECT_TRUE(acted());
-        EXPECT_EQ(shown, expected);
-        EXPECT_FALSE(text.trimmed().isEmpty());
-        EXPECT_TRUE(printed.contains(QStringLiteral("Help: ") + QStringLiteral(" ") + topic) ||
-                    printed.contains(topic))
-            << printed.toStdString();
-    }
+// An unknown topic showing the index is run by the batch script.
+TEST_F(HostWindowsTest, HelpShowsTheTopic) {
+    QString shown;
+    QString text;
+    whenShown([&](QWidget* dialog) {
+        auto* window = qobject_cast<OvHelpWindow*>(dialog);
+        ASSERT_NE(window, nullptr);
+        shown = QFileInfo(window->page()).fileName();
+        text = control<QTextBrowser>(dialog, QStringLiteral("1001"))->toPlainText();
+        click(dialog, QStringLiteral("2"));
+    });
+    // Through the host's entry point, as the module calls it; the run's log names it.
+    const QString printed =
+        printedBy([&] { EXPECT_EQ(ovedHelp(L"", L"set_wire_type_dialog", 0), RTNORM); });
+    EXPECT_TRUE(acted());
+    EXPECT_EQ(shown, QStringLiteral("set_wire_type_dialog.md"));
+    EXPECT_FALSE(text.trimmed().isEmpty());
+    EXPECT_TRUE(printed.contains(QStringLiteral("set_wire_type_dialog"))) << printed.toStdString();
 }
 
 TEST_F(HostWindowsTest, TaskDialogOfTheModuleIsShownAndAnswered) {
