@@ -59,6 +59,7 @@ TEST(WcMatch, Sets) {
 
 TEST(WcMatch, EscapeTakesTheNextCharacterLiterally) {
     expectAll({{L"A*B", L"A`*B", true},
+               {L"W21", L"W`#1", false}, // an escaped # is no digit wildcard
                {L"A,B", L"A`,B", true},
                {L"A", L"A`,B", false},
                {L"~X", L"`~X", true},
