@@ -9,16 +9,6 @@
 
 namespace {
 
-TEST(Color, DefaultIsByLayerAndIndexIsRangeChecked) {
-    OvCmColor color;
-    EXPECT_TRUE(color.isByLayer());
-    EXPECT_EQ(color.setColorIndex(0), Orvex::eOk);
-    EXPECT_TRUE(color.isByBlock());
-    EXPECT_EQ(color.setColorIndex(257), Orvex::eInvalidInput);
-    EXPECT_EQ(color.setColorIndex(-1), Orvex::eInvalidInput);
-    EXPECT_EQ(color.colorIndex(), 0);
-}
-
 TEST(Color, Names) {
     OvCmColor color;
     EXPECT_EQ(color.colorName(), "BYLAYER");

@@ -73,28 +73,4 @@ TEST_F(Chain, FailedBuildFreesOnlyWhatTheCallMade) {
     EXPECT_EQ(ovutBuildList(310, -1, &byte, 0), nullptr);
 }
 
-TEST_F(Chain, CopyIsDeep) {
-    const char data[] = {1, 0, 2};
-    resbuf* chain = ovutBuildList(1, L"WIRE", 310, 3, data, RTNIL, 0);
-    resbuf* copy = ovutCopyChain(chain);
-    ovutRelRb(chain);
-    EXPECT_EQ(chainText(copy), "1:WIRE 310:010002 5019");
-    ovutRelRb(copy);
-    EXPECT_EQ(ovutCopyChain(nullptr), nullptr);
-    EXPECT_EQ(ovutRelRb(nullptr), RTNORM);
-}
-
-TEST_F(Chain, NewStringsCanBeHandedToAChain) {
-    resbuf* link = ovutNewRb(RTSTR);
-    ASSERT_NE(link, nullptr);
-    EXPECT_EQ(link->resval.rstring, nullptr);
-    EXPECT_EQ(ovutNewString(L"layer", link->resval.rstring), RTNORM);
-    EXPECT_EQ(chainText(link), "5005:layer");
-    ovutRelRb(link); // frees the string with the link
-
-    wchar_t* buffer = nullptr;
-    EXPECT_EQ(ovutNewString(nullptr, buffer), RTERROR);
-    EXPECT_EQ(buffer, nullptr);
-}
-
 } // namespace
