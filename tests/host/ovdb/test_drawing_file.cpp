@@ -335,8 +335,13 @@ TEST_F(DrawingFiles, BadFilesLeaveTheDatabaseUntouched) {
         {"another shape", writeBytes("array.dwg", "[1, 2]"), eNotADrawingFile,
          "a list, not an object"},
         {"empty", writeBytes("empty.dwg", ""), eDrawingTruncated, "empty"},
+        // Cut inside an object, after the last one, and inside a text: each stops the
+        // one-pass reader at a place of its own.
         {"cut short", writeBytes("cut1.dwg", bytes.left(bytes.size() / 2)), eDrawingTruncated,
          "cut short"},
+        {"cut short", writeBytes("cut2.dwg", bytes.left(bytes.size() - 4)), eDrawingTruncated,
+         "cut short"},
+        {"cut short", writeBytes("cut3.dwg", bytes.left(30)), eDrawingTruncated, "cut short"},
         {"another format tag", header("tag.dwg", "format", "someone-elses-drawing"),
          eNotADrawingFile, "someone-elses-drawing"},
         {"newer version", header("newer.dwg", "version", 2), eDrawingVersionTooNew, "version 2"},
