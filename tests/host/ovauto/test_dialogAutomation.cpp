@@ -160,6 +160,7 @@ TEST_F(DialogAutomationTest, NestedDialogsTakeProceduresInTheOrderTheyOpen) {
 
 TEST_F(DialogAutomationTest, OnTheDesktopADialogWaitingUnderAProcedureTimesOut) {
     OvDialogAutomation::instance().install(OvDialogAutomation::Mode::Desktop);
+    EXPECT_FALSE(ovcore::lisp::evalString("(orvex-dialog-timeout -1)").ok);
     eval("(orvex-dialog-timeout 0.3)");
     eval("(orvex-dialog-queue (lambda () (orvex-dialog-click 1010) (orvex-dialog-click 1)))");
     HostDialog dialog;
