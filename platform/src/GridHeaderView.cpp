@@ -1,6 +1,7 @@
 #include "GridHeaderView.h"
 
 #include "platform/GridWindow.h"
+#include "platform/HandlerGuard.h"
 
 #include <QMouseEvent>
 #include <QStyle>
@@ -44,50 +45,60 @@ int GridHeaderView::handleAt(QPoint pos) const {
 }
 
 void GridHeaderView::mousePressEvent(QMouseEvent* event) {
-    const int handle =
-        event->button() == Qt::LeftButton ? handleAt(event->position().toPoint()) : -1;
-    if (handle >= 0) {
-        if (m_grid->OnTrackColWidth(handle + 1)) {
-            m_tracking = handle;
-            QHeaderView::mousePressEvent(event);
+    runHandler("a mouse press on a grid header", [&] {
+        const int handle =
+            event->button() == Qt::LeftButton ? handleAt(event->position().toPoint()) : -1;
+        if (handle >= 0) {
+            if (m_grid->OnTrackColWidth(handle + 1)) {
+                m_tracking = handle;
+                QHeaderView::mousePressEvent(event);
+            }
+            return;
         }
-        return;
-    }
-    const int section = logicalIndexAt(event->position().toPoint());
-    m_pressed = true;
-    m_grid->headerPress(orientation(), section, event);
+        const int section = logicalIndexAt(event->position().toPoint());
+        m_pressed = true;
+        m_grid->headerPress(orientation(), section, event);
+    });
 }
 
 void GridHeaderView::mouseMoveEvent(QMouseEvent* event) {
-    if (m_tracking >= 0 || event->buttons() == Qt::NoButton) {
-        // Tracking, or hovering: Qt shows the splitter cursor over an edge.
-        QHeaderView::mouseMoveEvent(event);
-        return;
-    }
-    if (m_pressed) {
-        m_grid->headerMove(orientation(), logicalIndexAt(event->position().toPoint()), event);
-    }
+    runHandler("a mouse move on a grid header", [&] {
+        if (m_tracking >= 0 || event->buttons() == Qt::NoButton) {
+            // Tracking, or hovering: Qt shows the splitter cursor over an edge.
+            QHeaderView::mouseMoveEvent(event);
+            return;
+        }
+        if (m_pressed) {
+            m_grid->headerMove(orientation(), logicalIndexAt(event->position().toPoint()), event);
+        }
+    });
 }
 
 void GridHeaderView::mouseReleaseEvent(QMouseEvent* event) {
-    if (m_tracking >= 0) {
-        QHeaderView::mouseReleaseEvent(event);
-        const int col = m_tracking;
-        m_tracking = -1;
-        m_grid->OnTrackColWidthEnd(col + 1, sectionSize(col));
-        return;
-    }
-    if (m_pressed) {
-        m_pressed = false;
-        m_grid->headerRelease(orientation(), logicalIndexAt(event->position().toPoint()), event);
-    }
+    runHandler("a mouse release on a grid header", [&] {
+        if (m_tracking >= 0) {
+            QHeaderView::mouseReleaseEvent(event);
+            const int col = m_tracking;
+            m_tracking = -1;
+            m_grid->OnTrackColWidthEnd(col + 1, sectionSize(col));
+            return;
+        }
+        if (m_pressed) {
+            m_pressed = false;
+            m_grid->headerRelease(orientation(), logicalIndexAt(event->position().toPoint()),
+                                  event);
+        }
+    });
 }
 
 void GridHeaderView::mouseDoubleClickEvent(QMouseEvent* event) {
-    if (handleAt(event->position().toPoint()) >= 0) {
-        return;
-    }
-    m_grid->headerDoubleClick(orientation(), logicalIndexAt(event->position().toPoint()), event);
+    runHandler("a double click on a grid header", [&] {
+        if (handleAt(event->position().toPoint()) >= 0) {
+            return;
+        }
+        m_grid->headerDoubleClick(orientation(), logicalIndexAt(event->position().toPoint()),
+                                  event);
+    });
 }
 
 } // namespace platform

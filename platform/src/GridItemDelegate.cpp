@@ -2,6 +2,7 @@
 
 #include "platform/GridModel.h"
 #include "platform/GridWindow.h"
+#include "platform/HandlerGuard.h"
 
 #include <QComboBox>
 #include <QKeyEvent>
@@ -18,14 +19,16 @@ QWidget* GridItemDelegate::createEditor(QWidget* parent, const QStyleOptionViewI
     if (control == CellStyle::Control::DropDownList) {
         auto* list = new QComboBox(parent);
         list->addItems(index.data(GridModel::ChoicesRole).toStringList());
-        connect(list, &QComboBox::activated, m_grid,
-                [grid = m_grid] { grid->editorTextChanged(); });
+        connect(list, &QComboBox::activated, m_grid, [grid = m_grid] {
+            runHandler("typing in a grid cell", [&] { grid->editorTextChanged(); });
+        });
         editor = list;
     } else {
         auto* line = new QLineEdit(parent);
         line->setFrame(false);
-        connect(line, &QLineEdit::textEdited, m_grid,
-                [grid = m_grid] { grid->editorTextChanged(); });
+        connect(line, &QLineEdit::textEdited, m_grid, [grid = m_grid] {
+            runHandler("typing in a grid cell", [&] { grid->editorTextChanged(); });
+        });
         editor = line;
     }
     editor->setAutoFillBackground(true);
@@ -50,11 +53,13 @@ void GridItemDelegate::setEditorData(QWidget* editor, const QModelIndex& index) 
 
 void GridItemDelegate::setModelData(QWidget* editor, QAbstractItemModel*,
                                     const QModelIndex& index) const {
-    // An edit that changed nothing leaves the cell alone.
-    if (editor != m_grid->m_editor || !m_grid->m_editModified) {
-        return;
-    }
-    m_grid->storeEditorText(index.row() + 1, index.column() + 1, editorText(editor));
+    runHandler("storing the text of a grid cell", [&] {
+        // An edit that changed nothing leaves the cell alone.
+        if (editor != m_grid->m_editor || !m_grid->m_editModified) {
+            return;
+        }
+        m_grid->storeEditorText(index.row() + 1, index.column() + 1, editorText(editor));
+    });
 }
 
 QString GridItemDelegate::editorText(const QWidget* editor) {
@@ -68,31 +73,33 @@ QString GridItemDelegate::editorText(const QWidget* editor) {
 }
 
 bool GridItemDelegate::eventFilter(QObject* object, QEvent* event) {
-    if (event->type() == QEvent::KeyPress) {
-        auto* key = static_cast<QKeyEvent*>(event);
-        const bool list = qobject_cast<QComboBox*>(object) != nullptr;
-        switch (key->key()) {
-        case Qt::Key_Tab:
-        case Qt::Key_Backtab:
-        case Qt::Key_Return:
-        case Qt::Key_Enter:
-        case Qt::Key_Escape:
-        case Qt::Key_PageUp:
-        case Qt::Key_PageDown:
-            return m_grid->handleGridKey(key);
-        case Qt::Key_Up:
-        case Qt::Key_Down:
-            // In a list the arrows choose; in a line they move, as in a spreadsheet.
-            if (!list) {
+    return runHandler("a key in a grid cell", true, [&] {
+        if (event->type() == QEvent::KeyPress) {
+            auto* key = static_cast<QKeyEvent*>(event);
+            const bool list = qobject_cast<QComboBox*>(object) != nullptr;
+            switch (key->key()) {
+            case Qt::Key_Tab:
+            case Qt::Key_Backtab:
+            case Qt::Key_Return:
+            case Qt::Key_Enter:
+            case Qt::Key_Escape:
+            case Qt::Key_PageUp:
+            case Qt::Key_PageDown:
                 return m_grid->handleGridKey(key);
+            case Qt::Key_Up:
+            case Qt::Key_Down:
+                // In a list the arrows choose; in a line they move, as in a spreadsheet.
+                if (!list) {
+                    return m_grid->handleGridKey(key);
+                }
+                break;
+            default:
+                break;
             }
-            break;
-        default:
-            break;
+            return false;
         }
-        return false;
-    }
-    return QStyledItemDelegate::eventFilter(object, event);
+        return QStyledItemDelegate::eventFilter(object, event);
+    });
 }
 
 } // namespace platform

@@ -1,4 +1,5 @@
 #include "platform/GridWindow.h"
+#include "platform/HandlerGuard.h"
 
 #include "GridHeaderView.h"
 #include "GridItemDelegate.h"
@@ -710,12 +711,14 @@ void GridWindow::storeEditorText(int row, int col, const QString& text) {
 }
 
 void GridWindow::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) {
-    // Qt closes an editor by itself when it loses the focus; the grid forgets it then.
-    if (editor == m_editor.data()) {
-        m_editor.clear();
-        m_editModified = false;
-    }
-    QTableView::closeEditor(editor, hint);
+    runHandler("closing a cell of a grid", [&] {
+        // Qt closes an editor by itself when it loses the focus; the grid forgets it then.
+        if (editor == m_editor.data()) {
+            m_editor.clear();
+            m_editModified = false;
+        }
+        QTableView::closeEditor(editor, hint);
+    });
 }
 
 bool GridWindow::Undo() {
@@ -1089,12 +1092,14 @@ qintptr GridWindow::OnPrivateMessage(unsigned, quintptr, qintptr) {
 // --- Events ----------------------------------------------------------------------
 
 bool GridWindow::event(QEvent* event) {
-    if (event->type() == PrivateMessageEvent::eventType()) {
-        auto* message = static_cast<PrivateMessageEvent*>(event);
-        OnPrivateMessage(message->message(), message->wParam(), message->lParam());
-        return true;
-    }
-    return QTableView::event(event);
+    return runHandler("an event of a grid", true, [&] {
+        if (event->type() == PrivateMessageEvent::eventType()) {
+            auto* message = static_cast<PrivateMessageEvent*>(event);
+            OnPrivateMessage(message->message(), message->wParam(), message->lParam());
+            return true;
+        }
+        return QTableView::event(event);
+    });
 }
 
 unsigned GridWindow::mouseFlags(const QMouseEvent* event) const {
@@ -1115,61 +1120,69 @@ unsigned GridWindow::mouseFlags(const QMouseEvent* event) const {
 }
 
 void GridWindow::mousePressEvent(QMouseEvent* event) {
-    if (!hasFocus()) {
-        setFocus(Qt::MouseFocusReason);
-    }
-    const QPoint pos = event->position().toPoint();
-    const QModelIndex index = indexAt(pos);
-    if (!index.isValid() || event->button() != Qt::LeftButton) {
-        return;
-    }
-    m_mouseDown = true;
-    m_hitRow = m_dragRow = index.row() + 1;
-    m_hitCol = m_dragCol = index.column() + 1;
-    OnLButtonHitRowCol(m_hitRow, m_hitCol, m_dragRow, m_dragCol, viewport()->mapTo(this, pos),
-                       mouseFlags(event), HitStart);
+    runHandler("a mouse press in a grid", [&] {
+        if (!hasFocus()) {
+            setFocus(Qt::MouseFocusReason);
+        }
+        const QPoint pos = event->position().toPoint();
+        const QModelIndex index = indexAt(pos);
+        if (!index.isValid() || event->button() != Qt::LeftButton) {
+            return;
+        }
+        m_mouseDown = true;
+        m_hitRow = m_dragRow = index.row() + 1;
+        m_hitCol = m_dragCol = index.column() + 1;
+        OnLButtonHitRowCol(m_hitRow, m_hitCol, m_dragRow, m_dragCol, viewport()->mapTo(this, pos),
+                           mouseFlags(event), HitStart);
+    });
 }
 
 void GridWindow::mouseMoveEvent(QMouseEvent* event) {
-    if (!m_mouseDown) {
-        return;
-    }
-    const QPoint pos = event->position().toPoint();
-    const QModelIndex index = indexAt(pos);
-    if (!index.isValid() || (index.row() + 1 == m_dragRow && index.column() + 1 == m_dragCol)) {
-        return;
-    }
-    m_dragRow = index.row() + 1;
-    m_dragCol = index.column() + 1;
-    OnLButtonHitRowCol(m_hitRow, m_hitCol, m_dragRow, m_dragCol, viewport()->mapTo(this, pos),
-                       mouseFlags(event), HitMove);
+    runHandler("a mouse move in a grid", [&] {
+        if (!m_mouseDown) {
+            return;
+        }
+        const QPoint pos = event->position().toPoint();
+        const QModelIndex index = indexAt(pos);
+        if (!index.isValid() || (index.row() + 1 == m_dragRow && index.column() + 1 == m_dragCol)) {
+            return;
+        }
+        m_dragRow = index.row() + 1;
+        m_dragCol = index.column() + 1;
+        OnLButtonHitRowCol(m_hitRow, m_hitCol, m_dragRow, m_dragCol, viewport()->mapTo(this, pos),
+                           mouseFlags(event), HitMove);
+    });
 }
 
 void GridWindow::mouseReleaseEvent(QMouseEvent* event) {
-    const QPoint pos = event->position().toPoint();
-    if (event->button() == Qt::LeftButton && m_mouseDown) {
-        m_mouseDown = false;
-        OnLButtonHitRowCol(m_hitRow, m_hitCol, m_dragRow, m_dragCol, viewport()->mapTo(this, pos),
-                           mouseFlags(event), HitEnd);
-        return;
-    }
-    if (event->button() == Qt::RightButton) {
-        const QModelIndex index = indexAt(pos);
-        if (index.isValid()) {
-            OnRButtonClickedRowCol(index.row() + 1, index.column() + 1, mouseFlags(event),
-                                   viewport()->mapTo(this, pos));
+    runHandler("a mouse release in a grid", [&] {
+        const QPoint pos = event->position().toPoint();
+        if (event->button() == Qt::LeftButton && m_mouseDown) {
+            m_mouseDown = false;
+            OnLButtonHitRowCol(m_hitRow, m_hitCol, m_dragRow, m_dragCol,
+                               viewport()->mapTo(this, pos), mouseFlags(event), HitEnd);
+            return;
         }
-    }
+        if (event->button() == Qt::RightButton) {
+            const QModelIndex index = indexAt(pos);
+            if (index.isValid()) {
+                OnRButtonClickedRowCol(index.row() + 1, index.column() + 1, mouseFlags(event),
+                                       viewport()->mapTo(this, pos));
+            }
+        }
+    });
 }
 
 void GridWindow::mouseDoubleClickEvent(QMouseEvent* event) {
-    const QPoint pos = event->position().toPoint();
-    const QModelIndex index = indexAt(pos);
-    if (!index.isValid() || event->button() != Qt::LeftButton) {
-        return;
-    }
-    OnLButtonDblClkRowCol(index.row() + 1, index.column() + 1, mouseFlags(event),
-                          viewport()->mapTo(this, pos));
+    runHandler("a double click in a grid", [&] {
+        const QPoint pos = event->position().toPoint();
+        const QModelIndex index = indexAt(pos);
+        if (!index.isValid() || event->button() != Qt::LeftButton) {
+            return;
+        }
+        OnLButtonDblClkRowCol(index.row() + 1, index.column() + 1, mouseFlags(event),
+                              viewport()->mapTo(this, pos));
+    });
 }
 
 void GridWindow::headerPress(Qt::Orientation orientation, int section, QMouseEvent* event) {
@@ -1267,34 +1280,40 @@ void GridWindow::headerDoubleClick(Qt::Orientation orientation, int section, QMo
 }
 
 void GridWindow::focusInEvent(QFocusEvent* event) {
-    // Qt makes the first cell current when a view without one gets the focus; a grid
-    // left deliberately without a current cell stays so until a person picks one.
-    const bool none = !currentIndex().isValid();
-    QTableView::focusInEvent(event);
-    if (none && currentIndex().isValid()) {
-        selectionModel()->setCurrentIndex(QModelIndex(), QItemSelectionModel::NoUpdate);
-    }
+    runHandler("a grid taking the focus", [&] {
+        // Qt makes the first cell current when a view without one gets the focus; a grid
+        // left deliberately without a current cell stays so until a person picks one.
+        const bool none = !currentIndex().isValid();
+        QTableView::focusInEvent(event);
+        if (none && currentIndex().isValid()) {
+            selectionModel()->setCurrentIndex(QModelIndex(), QItemSelectionModel::NoUpdate);
+        }
+    });
 }
 
 bool GridWindow::focusNextPrevChild(bool next) {
-    // Tab moves between cells inside the grid; it leaves the grid only from a grid
-    // with no current cell to move.
-    if (tabKeyNavigation() && isEnabled()) {
-        QKeyEvent key(QEvent::KeyPress, next ? Qt::Key_Tab : Qt::Key_Backtab, Qt::NoModifier);
-        if (handleGridKey(&key)) {
-            return true;
+    return runHandler("Tab in a grid", true, [&] {
+        // Tab moves between cells inside the grid; it leaves the grid only from a grid
+        // with no current cell to move.
+        if (tabKeyNavigation() && isEnabled()) {
+            QKeyEvent key(QEvent::KeyPress, next ? Qt::Key_Tab : Qt::Key_Backtab, Qt::NoModifier);
+            if (handleGridKey(&key)) {
+                return true;
+            }
         }
-    }
-    return QTableView::focusNextPrevChild(next);
+        return QTableView::focusNextPrevChild(next);
+    });
 }
 
 void GridWindow::keyPressEvent(QKeyEvent* event) {
-    if (handleGridKey(event)) {
-        event->accept();
-        return;
-    }
-    // Esc with no open edit, and keys the grid has no use for, go on to the dialog.
-    event->ignore();
+    runHandler("a key press in a grid", [&] {
+        if (handleGridKey(event)) {
+            event->accept();
+            return;
+        }
+        // Esc with no open edit, and keys the grid has no use for, go on to the dialog.
+        event->ignore();
+    });
 }
 
 bool GridWindow::handleGridKey(QKeyEvent* event) {
@@ -1450,30 +1469,32 @@ bool GridWindow::handleGridKey(QKeyEvent* event) {
 }
 
 bool GridWindow::viewportEvent(QEvent* event) {
-    if (event->type() == QEvent::ToolTip) {
-        auto* help = static_cast<QHelpEvent*>(event);
-        const QModelIndex index = indexAt(help->pos());
-        if (index.isValid()) {
-            const int row = index.row() + 1;
-            const int col = index.column() + 1;
-            QString tip = GetCellStyle(row, col).tip.value_or(QString());
-            if (tip.isEmpty() && m_param.GetCellTipDelay() > 0) {
-                // A cell tip shows a text that its column is too narrow for.
-                const QString text = GetValueRowCol(row, col);
-                if (fontMetrics().horizontalAdvance(text) + 8 > columnWidth(index.column())) {
-                    tip = text;
+    return runHandler("an event of a grid", true, [&] {
+        if (event->type() == QEvent::ToolTip) {
+            auto* help = static_cast<QHelpEvent*>(event);
+            const QModelIndex index = indexAt(help->pos());
+            if (index.isValid()) {
+                const int row = index.row() + 1;
+                const int col = index.column() + 1;
+                QString tip = GetCellStyle(row, col).tip.value_or(QString());
+                if (tip.isEmpty() && m_param.GetCellTipDelay() > 0) {
+                    // A cell tip shows a text that its column is too narrow for.
+                    const QString text = GetValueRowCol(row, col);
+                    if (fontMetrics().horizontalAdvance(text) + 8 > columnWidth(index.column())) {
+                        tip = text;
+                    }
+                }
+                if (!tip.isEmpty()) {
+                    QToolTip::showText(help->globalPos(), tip, viewport(), visualRect(index));
+                    return true;
                 }
             }
-            if (!tip.isEmpty()) {
-                QToolTip::showText(help->globalPos(), tip, viewport(), visualRect(index));
-                return true;
-            }
+            QToolTip::hideText();
+            event->ignore();
+            return true;
         }
-        QToolTip::hideText();
-        event->ignore();
-        return true;
-    }
-    return QTableView::viewportEvent(event);
+        return QTableView::viewportEvent(event);
+    });
 }
 
 } // namespace platform

@@ -1,4 +1,5 @@
 #include "platform/KeyFilter.h"
+#include "platform/HandlerGuard.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -33,7 +34,8 @@ public:
         m_lastTimestamp = key->timestamp();
         for (QWidget* widget = receiver; widget != nullptr; widget = widget->parentWidget()) {
             if (auto* filter = dynamic_cast<KeyFilter*>(widget)) {
-                if (filter->PreTranslateKey(key)) {
+                // A filter that throws has ended this key's handling, as if it took it.
+                if (runHandler("a key press", true, [&] { return filter->PreTranslateKey(key); })) {
                     // Accepted, or Qt would offer it to the parents all the same.
                     key->accept();
                     return true;

@@ -1,4 +1,5 @@
 #include "platform/TemplateDialog.h"
+#include "platform/HandlerGuard.h"
 
 #include "platform/GridWindow.h"
 #include "platform/MessageBox.h"
@@ -155,7 +156,8 @@ void TemplateDialog::wireControls() {
                 push->setAutoDefault(false);
                 push->setDefault(id == IDOK);
             }
-            connect(button, &QAbstractButton::clicked, this, [this, id] { OnCommand(id); });
+            connect(button, &QAbstractButton::clicked, this,
+                    [this, id] { runHandler("a button of a dialog", [&] { OnCommand(id); }); });
         } else if (auto* label = qobject_cast<QLabel*>(widget)) {
             if (widget->accessibleName().isEmpty()) {
                 widget->setAccessibleName(accessibleText(label->text()));
@@ -240,31 +242,35 @@ void TemplateDialog::PostMessage(unsigned message, quintptr wParam, qintptr lPar
 
 // Esc, the window's close button and Enter on button 1 come here through Qt.
 void TemplateDialog::accept() {
-    OnOK();
+    runHandler("OK of a dialog", [&] { OnOK(); });
 }
 
 void TemplateDialog::reject() {
-    OnCancel();
+    runHandler("Cancel of a dialog", [&] { OnCancel(); });
 }
 
 bool TemplateDialog::event(QEvent* event) {
-    if (event->type() == PrivateMessageEvent::eventType()) {
-        auto* message = static_cast<PrivateMessageEvent*>(event);
-        OnPrivateMessage(message->message(), message->wParam(), message->lParam());
-        return true;
-    }
-    return QDialog::event(event);
+    return runHandler("an event of a dialog", true, [&] {
+        if (event->type() == PrivateMessageEvent::eventType()) {
+            auto* message = static_cast<PrivateMessageEvent*>(event);
+            OnPrivateMessage(message->message(), message->wParam(), message->lParam());
+            return true;
+        }
+        return QDialog::event(event);
+    });
 }
 
 bool TemplateDialog::eventFilter(QObject* watched, QEvent* event) {
-    // A dialog that is closing has no field left to leave.
-    if (event->type() == QEvent::FocusOut && !m_ended &&
-        static_cast<QFocusEvent*>(event)->reason() != Qt::PopupFocusReason) {
-        if (const int id = numberOf(watched)) {
-            OnEditKillFocus(id);
+    return runHandler("a field of a dialog losing the focus", false, [&] {
+        // A dialog that is closing has no field left to leave.
+        if (event->type() == QEvent::FocusOut && !m_ended &&
+            static_cast<QFocusEvent*>(event)->reason() != Qt::PopupFocusReason) {
+            if (const int id = numberOf(watched)) {
+                OnEditKillFocus(id);
+            }
         }
-    }
-    return QDialog::eventFilter(watched, event);
+        return QDialog::eventFilter(watched, event);
+    });
 }
 
 QWidget* TemplateDialog::GetDlgItem(int id) const {

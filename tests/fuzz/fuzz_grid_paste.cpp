@@ -133,8 +133,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         try {
             grid.Paste();
         } catch (const std::out_of_range&) {
-            // More pasted lines than copied rows: the index of the copy throws, and the
-            // host's event dispatch catches it, as here.
+            // More pasted lines than copied rows: the index of the copy throws. A key or
+            // a menu command reaches the paste through the grid's handler, which ends
+            // there, as here.
         }
         settle();
         grid.CommitAll();

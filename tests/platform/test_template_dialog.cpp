@@ -3,6 +3,7 @@
 
 #include "GuiTestHelpers.h"
 #include "platform/GridWindow.h"
+#include "platform/HandlerGuard.h"
 #include "platform/MessageBoxScript.h"
 #include "platform/PrivateMessage.h"
 #include "platform/ResourceMenu.h"
@@ -22,6 +23,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <stdexcept>
 
 #include <sys/stat.h>
 
@@ -55,6 +57,7 @@ public:
     GridWindow* attached = &grid;
     int inits = 0;
     bool swallowEsc = false;
+    int throwOn = 0;
 
     bool OnInitDialog() override {
         ++inits;
@@ -63,6 +66,9 @@ public:
     }
     bool OnCommand(int id) override {
         log.push_back(QStringLiteral("command %1").arg(id));
+        if (id == throwOn) {
+            throw std::out_of_range("no such row");
+        }
         if (id == 1010) {
             EndDialog(-5001);
             return true;
@@ -87,6 +93,9 @@ public:
     bool PreTranslateKey(QKeyEvent* event) override {
         if (!isModifier(event)) {
             log.push_back(QStringLiteral("dialog key %1").arg(event->key()));
+        }
+        if (throwOn != 0 && event->key() == Qt::Key_F2) {
+            throw std::runtime_error("F2 failed");
         }
         return swallowEsc && event->key() == Qt::Key_Escape;
     }
@@ -218,6 +227,32 @@ TEST(TemplateDialog, KeysPassTheGridsFilterThenTheDialogsBeforeQtHandlesThem) {
         QStringLiteral("dialog key %1").arg(Qt::Key_Escape),
         "cancel"};
     EXPECT_EQ(dialog.log, expected);
+}
+
+// An exception ends the handler it left, as a window procedure ends one message: it is
+// reported, and the dialog goes on to the next input.
+TEST(TemplateDialog, AnExceptionEndsItsHandlerAndTheDialogGoesOn) {
+    ScopedResourceHandle scope(library());
+    std::vector<QString> reports;
+    setHandlerExceptionReporter(
+        [&](const QString& where, const QString& what) { reports.push_back(where + ": " + what); });
+    LoggingDialog dialog(101);
+    dialog.throwOn = 1025;
+    whenShown([&](QWidget*) {
+        click(&dialog, 1025);
+        dialog.PostMessage(WM_COMMAND, 1025, 0);
+        QCoreApplication::processEvents();
+        dialog.SetFocusTo(1019);
+        key(Qt::Key_F2);
+        EXPECT_TRUE(dialog.isVisible());
+        click(&dialog, 1);
+    });
+    EXPECT_EQ(dialog.DoModal(), 1);
+    setHandlerExceptionReporter({});
+    EXPECT_EQ(reports, (std::vector<QString>{"a button of a dialog: no such row",
+                                             "an event of a dialog: no such row",
+                                             "a key press: F2 failed"}));
+    EXPECT_EQ(dialog.log.back(), "command 1");
 }
 
 TEST(TemplateDialog, EnterPressesButtonOneAndEndDialogInOnInitDialogSkipsTheRun) {

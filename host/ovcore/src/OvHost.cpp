@@ -6,6 +6,8 @@
 #include "ovcore/OvModuleLoader.h"
 #include "ovcore/OvRxSystemRegistry.h"
 #include "ovdb/OvDbHostApplicationServices.h"
+#include "ovdb/ovut.h"
+#include "platform/HandlerGuard.h"
 
 namespace {
 bool s_running = false;
@@ -22,6 +24,12 @@ bool OvHost::init() {
     ovcore::resetClassRegistry();
     ovrxSysRegistry();
     OvApDocManager::create();
+    // An exception that ends a handler of a module's window is told where the drafter
+    // looks, as one from a command or a LISP call is; the dialog stays open.
+    platform::setHandlerExceptionReporter([](const QString& where, const QString& what) {
+        ovutPrintf(L"\n; error: exception in %ls: %ls\n", where.toStdWString().c_str(),
+                   what.toStdWString().c_str());
+    });
     s_running = m_running = true;
     return true;
 }
@@ -39,6 +47,7 @@ void OvHost::shutdown() {
     ovcore::resetClassRegistry();
     OvDbHostApplicationServices::getRefPtr()->setWorkingDatabase(nullptr);
     ovcore::lisp::setCurrentDocument(nullptr);
+    platform::setHandlerExceptionReporter({});
     s_running = m_running = false;
 }
 

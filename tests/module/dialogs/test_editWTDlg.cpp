@@ -291,6 +291,35 @@ TEST_F(EditWTDlgTest, RowsCopiedInOneRunArePastedInTheNext) {
         << wireRecord(saved, "RD_1").toStdString();
 }
 
+// A copy of one row, then two lines from another program: the paste looks up a second
+// copied row that is not there. That ends the paste, not the dialog: the drafter's typing
+// before it is saved at OK.
+TEST_F(EditWTDlgTest, APasteOfMoreRowsThanWereCopiedEndsThePasteNotTheDialog) {
+    wireTypeDrawing({"RED_1"}, {.saved = true});
+    const int result = runEditDialog([&] {
+        typeInto(1, 3, "RD");
+        clickCell(1, 3);
+        key(Qt::Key_C, Qt::ControlModifier);
+        QApplication::clipboard()->setText("GN\t2\tGN_2\nYE\t4\tYE_4\n");
+        clickCell(2, 3);
+        clearOutput();
+        key(Qt::Key_V, Qt::ControlModifier);
+        settle();
+        EXPECT_TRUE(output().contains("; error: exception in a key press"))
+            << output().toStdString();
+        ASSERT_TRUE(dialog().isVisible());
+        EXPECT_EQ(cell(2, 3), "GN") << "the first line is pasted";
+        clickCell(1, 4);
+        typeText("1");
+        clickCell(1, 3);
+        clickButton(1);
+    });
+    EXPECT_EQ(result, platform::TemplateDialog::IDOK);
+    OvDbDatabase* saved = savedDrawing();
+    EXPECT_TRUE(wireRecord(saved, "RED_1").contains("(1 . \"RD\") (2 . \"1\")"))
+        << wireRecord(saved, "RED_1").toStdString();
+}
+
 TEST_F(EditWTDlgTest, TwoRowsWithBadNamesTellTheFaultOnceAndLetTheDrafterMendBoth) {
     wireTypeDrawing({"RED_1"}, {.saved = true});
     runEditDialog([&] {

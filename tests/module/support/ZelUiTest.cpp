@@ -1,5 +1,6 @@
 #include "support/ZelUiTest.h"
 
+#include "grid/ZelWTGrid.h"
 #include "shell/ResourceOverride.h"
 #include "store/ZelWireTypeRec.h"
 #include "support/ZelTestDrawing.h"
@@ -55,6 +56,9 @@ void ZelUiTest::SetUp() {
     ZelTestHost::SetUp();
     platform::SettingsKey::SetStoreFileName(tempPath(QStringLiteral("settings.ini")));
     OvEdBatchInput::instance().clear();
+    // The rows of a copy outlive a dialog; each test starts as a new session does.
+    ZelWTGrid::SetCopiedRows({});
+    ZelWTGrid::SetCopiedCols({});
 }
 
 void ZelUiTest::TearDown() {
