@@ -20,9 +20,12 @@ TEST(BatchDialogs, AProcedureAnswersAMessageBoxThatWouldElseTakeItsDefault) {
     const auto driven =
         batch("(progn (orvex-dialog-queue (lambda () (princ (orvex-dialog-title)) (princ \"|\")"
               " (orvex-dialog-answer \"OK\")))"
-              " (alert \"Driven notice\") (orvex-dialog-messages))");
+              " (alert \"Driven notice\")"
+              " (orvex-dialog-queue (lambda () (orvex-dialog-answer 1)))"
+              " (alert \"Answered by number\") (orvex-dialog-messages))");
     EXPECT_EQ(driven.exitCode, 0) << driven.err.toStdString();
-    EXPECT_EQ(driven.out, "Orvex|\n((\"Orvex\" \"Driven notice\"))\n");
+    EXPECT_EQ(driven.out, "Orvex|\n((\"Orvex\" \"Driven notice\") (\"Orvex\" \"Answered by "
+                          "number\"))\n");
 }
 
 TEST(BatchDialogs, AProcedureChoosesAFileInARealFileDialog) {
@@ -41,6 +44,12 @@ TEST(BatchDialogs, AProcedureChoosesAFileInARealFileDialog) {
     const auto cancelled = batch("(getfiled \"Open a drawing\" \"\" \"dwg\" 0)");
     EXPECT_EQ(cancelled.exitCode, 0) << cancelled.err.toStdString();
     EXPECT_EQ(cancelled.out, "dialog \"Open a drawing\" not driven: cancelled\nnil\n");
+
+    // A procedure may cancel it as a person would.
+    const auto byProcedure = batch("(progn (orvex-dialog-queue (lambda () (orvex-dialog-cancel)))"
+                                   " (getfiled \"Open a drawing\" \"\" \"dwg\" 0))");
+    EXPECT_EQ(byProcedure.exitCode, 0) << byProcedure.err.toStdString();
+    EXPECT_EQ(byProcedure.out, "nil\n");
 }
 
 TEST(BatchDialogs, AFaultyProcedureEndsTheRunWithStatusOne) {

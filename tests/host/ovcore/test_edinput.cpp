@@ -93,6 +93,8 @@ TEST_F(EdInput, FileNamesComeFromTheQueue) {
     EXPECT_TRUE(output().contains("no file name is queued") && output().contains("Save drawing"))
         << output().toStdString();
     EXPECT_EQ(ovedGetFileD(L"Open", nullptr, nullptr, 0, nullptr), RTERROR);
+    // The flags are checked after the three texts, on their own.
+    expectRefused("(getfiled \"Open\" \"\" \"dwg\" \"0\")", "bad argument type");
 
     eval("(orvex-queue-file \"a\") (orvex-queue-pick nil) (orvex-queue-clear)");
     EXPECT_EQ(OvEdBatchInput::instance().pendingFiles(), 0);

@@ -190,6 +190,10 @@ TEST_F(LispBridge, HandlersBelongToTheirModuleOrGoToItsEntryPoint) {
     // The other module has no handler for its number 1, nor an entry point.
     EXPECT_TRUE(evalFailing("(other_fn)").error.contains("no handler"));
     EXPECT_EQ(eval("(zel_mine)"), "\"mine\"");
+    // A handler taken back leaves its function with none.
+    lisp::setActiveModule(&m_module, nullptr);
+    ASSERT_EQ(ovedRegFunc(nullptr, 1), RTNORM);
+    EXPECT_TRUE(evalFailing("(zel_mine)").error.contains("no handler"));
 
     lisp::setActiveModule(&otherModule, entryPoint);
     ASSERT_EQ(ovedDefun(L"via_entry", 9), RTNORM);

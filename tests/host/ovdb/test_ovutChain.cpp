@@ -38,6 +38,10 @@ TEST_F(Chain, BuildListTakesValuesOfEachKindAndCopiesStrings) {
     EXPECT_EQ(chainText(chain), "5016 5005:RED_1.5 5003:15 90:70000 290:1 40:0.25 "
                                 "5009:1.5,2.5,3.5 5006:11,22 2: 5017");
     ovutRelRb(chain);
+
+    wchar_t* buffer = nullptr;
+    EXPECT_EQ(ovutNewString(nullptr, buffer), RTERROR);
+    EXPECT_EQ(buffer, nullptr);
 }
 
 TEST_F(Chain, SpliceAtTheStartInTheMiddleAndAtTheEnd) {

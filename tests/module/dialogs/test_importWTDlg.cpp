@@ -105,18 +105,18 @@ TEST_F(ImportDialogTest, TheDrafterClearsAllChoosesTwoRowsAndTakesOverProperties
                     clickCell(grid, 5, 3);
                     EXPECT_EQ(selectedLayers(grid), QStringList({"BK_1.5", "GY_0.5"}));
 
-                    setCheck(dialog, 1037, false);
+                    setCheck(dialog, 1037, true);
                     setCheck(dialog, 1039, true);
                     clickButton(dialog, 1);
                 }});
     // The rows in the order the drafter chose them.
-    EXPECT_EQ(value, "(\"" + path + "\" (1 0) (" + kGrey + " " + kBlack + "))");
+    EXPECT_EQ(value, "(\"" + path + "\" (1 1) (" + kGrey + " " + kBlack + "))");
     EXPECT_TRUE(ZelImportWTDlg::GetImportProperties());
-    EXPECT_FALSE(ZelImportWTDlg::GetImportAppearance());
+    EXPECT_TRUE(ZelImportWTDlg::GetImportAppearance());
 
     // The boxes come back as the last OK left them.
     runWith(call(path, 1, "nil"), {[&](platform::TemplateDialog& dialog) {
-                EXPECT_EQ(dialog.IsDlgButtonChecked(1037), 0);
+                EXPECT_EQ(dialog.IsDlgButtonChecked(1037), 1);
                 EXPECT_EQ(dialog.IsDlgButtonChecked(1039), 1);
                 clickButton(dialog, 2);
             }});

@@ -8,6 +8,7 @@
 
 #include "ovdb/OvDbDatabase.h"
 #include "ovdb/OvDbHostApplicationServices.h"
+#include "platform/GridModel.h"
 #include "platform/SettingsKey.h"
 
 #include <QApplication>
@@ -71,6 +72,57 @@ TEST_F(GridCommitTest, RowsWithoutStoredPlacesComeByNameAndACommitStoresTheSorte
     EXPECT_EQ(record(reread, "W_C")->gridRow, 1);
     EXPECT_EQ(record(reread, "W_B")->gridRow, 2);
     EXPECT_EQ(record(reread, "W_A")->gridRow, 3);
+}
+
+TEST_F(GridCommitTest, ARowDraggedToAnotherPlaceIsStoredThere) {
+    wireTypeDrawing({"W_A", "W_B", "W_C"}, {.gridRows = {1, 2, 3}});
+    openOwner();
+    ASSERT_EQ(gridNames(), QStringList({"W_A", "W_B", "W_C"}));
+
+    // Select row 3 by its header, then drag the header up to row 1.
+    clickRowHeader(3);
+    QHeaderView* header = grid().verticalHeader();
+    const auto rowPoint = [header](int row) {
+        return QPoint(header->width() / 2,
+                      header->sectionViewportPosition(row - 1) + header->sectionSize(row - 1) / 2);
+    };
+    QTest::mousePress(header->viewport(), Qt::LeftButton, Qt::NoModifier, rowPoint(3));
+    for (int y = rowPoint(3).y(); y >= rowPoint(1).y(); y -= 4) {
+        QMouseEvent move(QEvent::MouseMove, QPointF(rowPoint(1).x(), y),
+                         header->viewport()->mapToGlobal(QPointF(rowPoint(1).x(), y)), Qt::NoButton,
+                         Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(header->viewport(), &move);
+    }
+    QTest::mouseRelease(header->viewport(), Qt::LeftButton, Qt::NoModifier, rowPoint(1));
+    settle();
+    ASSERT_EQ(gridNames(), QStringList({"W_C", "W_A", "W_B"}));
+
+    ASSERT_TRUE(commitAtOk());
+    ZelWireTypeRec reread;
+    EXPECT_EQ(record(reread, "W_C")->gridRow, 1);
+    EXPECT_EQ(record(reread, "W_A")->gridRow, 2);
+    EXPECT_EQ(record(reread, "W_B")->gridRow, 3);
+}
+
+TEST_F(GridCommitTest, ADuplicateNameStopsTheCommitInItsRow) {
+    wireTypeDrawing({"W_A", "W_B"});
+    openOwner();
+    typeInto(3, 5, "w_a");
+    typeInto(3, 3, "RED");
+    clickCell(1, 3);
+
+    messages().clearShown();
+    clickButton(1);
+    EXPECT_FALSE(owner().closed());
+    EXPECT_EQ(owner().lastCommit(), 200);
+    EXPECT_EQ(messages().shownTexts(), std::vector<QString>({moduleString(142)}));
+    EXPECT_EQ(currentCell(), std::make_pair(3, 5));
+    const QAbstractItemModel* model = grid().model();
+    EXPECT_FALSE(model->data(model->index(2, 4), platform::GridModel::ReadOnlyRole).toBool())
+        << "the name is open for the repair";
+    ZelWireTypeRec reread;
+    EXPECT_EQ(record(reread, "W_A")->wireColor, "") << "the duplicate wrote nothing";
+    EXPECT_NE(record(reread, "W_B"), nullptr);
 }
 
 TEST_F(GridCommitTest, RemoveIsOfferedOnlyWhenNoRemainingRowNeedsThePattern) {

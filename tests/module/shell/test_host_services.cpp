@@ -99,8 +99,8 @@ TEST_F(HostServicesTest, LockCheckIsTrueOnlyForAListThatStartsWithAString) {
     // The chain as sent: the list of one path, the short 2 and nil.
     EXPECT_EQ(calls(), QStringLiteral("((\"lock\" (\"/p/wiring 1.dwg\") 2 nil))"));
 
-    for (const QString& notLocked :
-         {QStringLiteral("'()"), QStringLiteral("\"ann\""), QStringLiteral("'(42 \"ann\")")}) {
+    for (const QString& notLocked : {QStringLiteral("'()"), QStringLiteral("\"ann\""),
+                                     QStringLiteral("'(42 \"ann\")"), QStringLiteral("42")}) {
         setAnswer(notLocked);
         EXPECT_FALSE(IsDrawingLocked(drawing)) << notLocked.toStdString();
     }
