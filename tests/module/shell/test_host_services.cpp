@@ -135,10 +135,12 @@ TEST_F(HostServicesTest, UserFolderTakesOnlyAStringAndIsAlwaysTrue) {
     EXPECT_TRUE(GetUserFolder(folder));
     EXPECT_EQ(folder, QStringLiteral("/home/ann/zel/"));
     EXPECT_EQ(calls(), QStringLiteral("((\"var\" \"GBL_wd_usr\"))"));
-    setAnswer(QStringLiteral("'(\"/x/\")"));
-    folder = QStringLiteral("kept");
-    EXPECT_TRUE(GetUserFolder(folder));
-    EXPECT_EQ(folder, QStringLiteral("kept")) << "a list is no text";
+    for (const QString& notText : {QStringLiteral("'()"), QStringLiteral("'(\"/x/\")")}) {
+        setAnswer(notText);
+        folder = QStringLiteral("kept");
+        EXPECT_TRUE(GetUserFolder(folder));
+        EXPECT_EQ(folder, QStringLiteral("kept")) << notText.toStdString();
+    }
 }
 
 TEST_F(HostServicesTest, LispStringsAndDefinedSymbolsComeOnlyFromTheRightKindOfValue) {
