@@ -2,11 +2,11 @@
 
 #include "ovcore/OvApDocManager.h"
 #include "ovcore/OvEdCommandStack.h"
+#include "ovcore/OvGuard.h"
 #include "ovcore/OvLisp.h"
 #include "ovcore/OvModuleLoader.h"
 #include "ovcore/OvRxSystemRegistry.h"
 #include "ovdb/OvDbHostApplicationServices.h"
-#include "ovdb/ovut.h"
 #include "platform/HandlerGuard.h"
 
 namespace {
@@ -27,8 +27,7 @@ bool OvHost::init() {
     // An exception that ends a handler of a module's window is told where the drafter
     // looks, as one from a command or a LISP call is; the dialog stays open.
     platform::setHandlerExceptionReporter([](const QString& where, const QString& what) {
-        ovutPrintf(L"\n; error: exception in %ls: %ls\n", where.toStdWString().c_str(),
-                   what.toStdWString().c_str());
+        ovcore::printException(where.toStdWString().c_str(), what.toStdWString().c_str());
     });
     s_running = m_running = true;
     return true;
