@@ -37,26 +37,26 @@ void CellStyle::apply(const CellStyle& other, Modify mode) {
     take(wrapText, other.wrapText, mode);
 }
 
-std::vector<CellStyle::Setter> CellStyle::setters() const {
-    std::vector<Setter> out;
+CellStyle::Setters CellStyle::setters() const {
+    Setters out;
     if (control)
-        out.push_back([](CellStyle& t, const CellStyle& s) { t.control = s.control; });
+        out.add([](CellStyle& t, const CellStyle& s) { t.control = s.control; });
     if (readOnly)
-        out.push_back([](CellStyle& t, const CellStyle& s) { t.readOnly = s.readOnly; });
+        out.add([](CellStyle& t, const CellStyle& s) { t.readOnly = s.readOnly; });
     if (interior)
-        out.push_back([](CellStyle& t, const CellStyle& s) { t.interior = s.interior; });
+        out.add([](CellStyle& t, const CellStyle& s) { t.interior = s.interior; });
     if (textColor)
-        out.push_back([](CellStyle& t, const CellStyle& s) { t.textColor = s.textColor; });
+        out.add([](CellStyle& t, const CellStyle& s) { t.textColor = s.textColor; });
     if (font)
-        out.push_back([](CellStyle& t, const CellStyle& s) { t.font = s.font; });
+        out.add([](CellStyle& t, const CellStyle& s) { t.font = s.font; });
     if (alignment)
-        out.push_back([](CellStyle& t, const CellStyle& s) { t.alignment = s.alignment; });
+        out.add([](CellStyle& t, const CellStyle& s) { t.alignment = s.alignment; });
     if (choices)
-        out.push_back([](CellStyle& t, const CellStyle& s) { t.choices = s.choices; });
+        out.add([](CellStyle& t, const CellStyle& s) { t.choices = s.choices; });
     if (tip)
-        out.push_back([](CellStyle& t, const CellStyle& s) { t.tip = s.tip; });
+        out.add([](CellStyle& t, const CellStyle& s) { t.tip = s.tip; });
     if (wrapText)
-        out.push_back([](CellStyle& t, const CellStyle& s) { t.wrapText = s.wrapText; });
+        out.add([](CellStyle& t, const CellStyle& s) { t.wrapText = s.wrapText; });
     return out;
 }
 

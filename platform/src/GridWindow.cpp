@@ -253,7 +253,7 @@ bool GridWindow::SetStyleRange(const GridRange& range, const CellStyle& style,
     if (mode == CellStyle::Modify::Override && !locked) {
         // The common case, a colour laid over whole rows at every cursor step: the
         // assignments are found once and each row's cells are walked in place.
-        const std::vector<CellStyle::Setter> setters = style.setters();
+        const CellStyle::Setters setters = style.setters();
         for (int r = cells.top(); r <= bottom && !setters.empty(); ++r) {
             GridModel::Cell* row = m_model->cell(r, cells.left());
             for (int c = 0; c <= right - cells.left(); ++c) {

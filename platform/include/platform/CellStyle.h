@@ -5,8 +5,9 @@
 #include <QString>
 #include <QStringList>
 
+#include <array>
+#include <cstddef>
 #include <optional>
-#include <vector>
 
 namespace platform {
 
@@ -87,8 +88,18 @@ public:
     // The attributes that this style sets, each as the assignment that lays it over a
     // target, as apply in Override mode does. Found once for a range, they spare a
     // grid painting all its rows from looking at every unset attribute at every cell.
+    // At most one per attribute, so they fit in place: a row painted at every cursor step
+    // needs no allocation for them.
     using Setter = void (*)(CellStyle& target, const CellStyle& source);
-    std::vector<Setter> setters() const;
+    struct Setters {
+        std::array<Setter, 9> list{};
+        std::size_t count = 0;
+        void add(Setter setter) { list[count++] = setter; }
+        bool empty() const { return count == 0; }
+        const Setter* begin() const { return list.data(); }
+        const Setter* end() const { return list.data() + count; }
+    };
+    Setters setters() const;
 
     bool operator==(const CellStyle&) const = default;
 };
