@@ -1,5 +1,6 @@
 // The wire type grid over a drawing of 10,000 layers: loading 2,000 wire types into it,
-// moving the cursor among them, and committing 1,000 rows that the drafter changed.
+// moving the cursor among them, committing 1,000 rows that the drafter changed, and
+// pasting 1,000 new ones.
 #include "StoreBenchHost.h"
 
 #include "grid/ZelWTGrid.h"
@@ -7,6 +8,7 @@
 #include "shell/ZelLibraryEntry.h"
 #include "store/ZelWireTypeRec.h"
 
+#include "platform/Clipboard.h"
 #include "platform/PrivateMessage.h"
 #include "platform/SettingsKey.h"
 
@@ -124,3 +126,40 @@ int main(int argc, char** argv) {
     benchmark::Shutdown();
     return 0;
 }
+
+// A thousand lines of wire colour and size pasted below the last wire type, as from a
+// spreadsheet: every line becomes a new row, named by the format, before the drafter
+// can go on.
+void BM_Paste1000LinesBelow1000WireTypes(benchmark::State& state) {
+    StoreBenchHost host;
+    loadDrawing(host, 1000, 10000);
+    ZelAttachResources(QCoreApplication::applicationDirPath());
+    QString text;
+    for (int line = 1; line <= 1000; ++line)
+        text += QStringLiteral("PASTE%1\t%2\n").arg(line).arg(line % 7 + 1);
+    int rows = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        const std::unique_ptr<QWidget> owner = makeOwner();
+        auto grid = std::make_unique<ZelWTGrid>(owner.get());
+        grid->Initialize();
+        grid->InitGrid(owner.get(), false, true);
+        QCoreApplication::processEvents();
+        grid->SetCurrentCell(grid->GetWireTypeRows() + 1, 3);
+        QCoreApplication::processEvents();
+        platform::SetClipboardText(text);
+        state.ResumeTiming();
+
+        grid->Paste();
+        QCoreApplication::processEvents();
+
+        state.PauseTiming();
+        rows = grid->GetRowCount();
+        grid.reset();
+        ZelWireTypeRec::ResetKey();
+        QCoreApplication::processEvents();
+        state.ResumeTiming();
+    }
+    state.counters["rows"] = rows;
+}
+BENCHMARK(BM_Paste1000LinesBelow1000WireTypes)->Unit(benchmark::kMillisecond)->Iterations(3);
