@@ -72,7 +72,13 @@ int ZelWTGrid::CommitAll() {
         }
     }
 
-    for (auto& [key, rec] : m_mapRows) {
+    // In key order, the next record found afresh after each one: committing a row's name
+    // may drop a record made in this dialog whose row was left blank, and the walk must
+    // not stand on it.
+    int key = 0;
+    for (auto at = m_mapRows.begin(); at != m_mapRows.end(); at = m_mapRows.upper_bound(key)) {
+        key = at->first;
+        WireLayerRec* rec = at->second;
         if (noTypesLeft) {
             rec->editState = 6;
             m_WireTypeRec.AddToNonWireLayers(rec->layerName);
