@@ -1,10 +1,15 @@
 // Text from the clipboard pasted into the wire type grid over a small drawing, and the
-// commit that follows: any text, at any cell, with or without rows of an earlier copy.
-// The grid never crashes or hangs, leaves nothing open, and a wire type that the drawing
-// held before keeps its layer and its record, whatever the paste renamed or refused.
+// commit that follows: any text, at any cell, with or without rows of an earlier copy, in
+// the grid of the edit dialog or of the dialogs that choose a wire type, with the options
+// locked or not and the every-layer box ticked or not. The grid never crashes or hangs,
+// leaves nothing open, and a wire type that the drawing held before keeps its layer and
+// its record, whatever the paste renamed or refused. Some inputs paste into the grid of
+// property names instead, which keeps its twenty rows and its labels.
 #include "FuzzHost.h"
 
+#include "grid/ZelPropGrid.h"
 #include "grid/ZelWTGrid.h"
+#include "shell/ResourceOverride.h"
 #include "store/ZelWireTypeRec.h"
 #include "support/ZelTestDrawing.h"
 
@@ -21,6 +26,7 @@
 
 #include <cstdio>
 #include <stdexcept>
+#include <vector>
 
 namespace {
 
@@ -84,6 +90,29 @@ bool isWireLayer(OvDbObjectId id) {
     return found;
 }
 
+// The names of the user properties: the labels in column 1 are the grid's own, and a
+// paste, which starts at the names or not at all, never reaches them.
+void pasteIntoPropertyNames(uint8_t where, const QString& text) {
+    Owner owner;
+    ZelPropGrid grid(&owner.widget);
+    grid.InitGrid(&owner.widget, QStringLiteral("Insulation,\"Voltage, max\",Temperature"));
+    settle();
+    std::vector<QString> labels;
+    for (int row = 1; row <= ZelPropGrid::kRows; ++row)
+        labels.push_back(grid.GetValueRowCol(row, 1));
+    platform::SetClipboardText(text);
+    grid.SetCurrentCell(1 + where % ZelPropGrid::kRows, 1 + (where / ZelPropGrid::kRows) % 2);
+    settle();
+    grid.Paste();
+    settle();
+    if (grid.GetRowCount() != ZelPropGrid::kRows)
+        fail("the grid of property names lost or gained rows");
+    for (int row = 1; row <= ZelPropGrid::kRows; ++row) {
+        if (grid.GetValueRowCol(row, 1) != labels[size_t(row - 1)])
+            fail("a paste changed the label of a property");
+    }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -93,6 +122,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const uint8_t where = bytes.byte();
     const uint8_t shape = bytes.byte();
     const QString text = bytes.rest();
+    // The module's texts are current while its dialogs are open, as the functions that
+    // open them see to: a new row's wire flag reads "Yes", not an empty cell.
+    const ResourceOverride resources;
+    if (shape & 32) {
+        pasteIntoPropertyNames(where, text);
+        host.endInput();
+        return 0;
+    }
 
     OvDbDatabase* database = host.newDrawing()->database();
     ZelTestDrawing::addLayer(database, QStringLiteral("PUMP"), 3);
@@ -116,9 +153,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
     {
         Owner owner;
+        owner.everyLayer->setChecked(shape & 16);
         ZelWTGrid grid(&owner.widget);
         grid.Initialize();
-        grid.InitGrid(&owner.widget, false, true);
+        // The edit dialog's grid, or the grid of the dialogs that choose a wire type.
+        grid.InitGrid(&owner.widget, shape & 8, !(shape & 4));
         settle();
         // Rows of an earlier copy in this or another grid, or none.
         if (shape & 1)
