@@ -1,6 +1,5 @@
 // The dialect's functions with the wire type module loaded, as a script writer runs them:
-// the sample script over a folder of drawings, and entmod of a wire type's layer that the
-// module reads back.
+// the sample script over a folder of drawings.
 
 #include "OrvexProcess.h"
 
@@ -39,9 +38,9 @@ TEST(OrvexLispLibrary, TheSampleListsTheWireTypesOfEveryDrawingInAFolder) {
     makeDrawing(b, {R"((zel_add_wiretype "GRN_3" "_COLOR" "green"))"});
     OrvexProcess::writeFile(folder.filePath("notes.txt"), "not a drawing\n");
 
-    auto r =
-        withModule({"--eval", QStringLiteral("(setq zel-folder \"%1\")").arg(folder.path()),
-                    "--script", QStringLiteral(ZEL_SOURCE_DIR "/samples/list-wiretypes.lsp"), a});
+    const QString sample = QStringLiteral(ZEL_SOURCE_DIR "/samples/list-wiretypes.lsp");
+    const QString inFolder = QStringLiteral("(setq zel-folder \"%1\")").arg(folder.path());
+    auto r = withModule({"--eval", inFolder, "--script", sample, a});
     EXPECT_EQ(r.exitCode, 0) << r.out.toStdString();
     const QStringList lines = OrvexProcess::linesOf(r.out, "  ");
     EXPECT_EQ(lines, QStringList({"  RED_1  colour red  linetype Continuous",
@@ -53,35 +52,12 @@ TEST(OrvexLispLibrary, TheSampleListsTheWireTypesOfEveryDrawingInAFolder) {
         << r.out.toStdString();
 
     // A pattern narrows the list; a folder that is not there is said so.
-    r = withModule({"--eval", QStringLiteral("(setq zel-folder \"%1\")").arg(folder.path()),
-                    "--eval", "(setq zel-pattern \"*_2,grn*\")", "--script",
-                    QStringLiteral(ZEL_SOURCE_DIR "/samples/list-wiretypes.lsp")});
+    r = withModule(
+        {"--eval", inFolder, "--eval", "(setq zel-pattern \"*_2,grn*\")", "--script", sample});
     EXPECT_TRUE(r.out.contains(QLatin1String("2 drawing(s), 2 wire type(s)")))
         << r.out.toStdString();
-    r = withModule({"--eval", "(setq zel-folder \"/no/such/folder\")", "--script",
-                    QStringLiteral(ZEL_SOURCE_DIR "/samples/list-wiretypes.lsp")});
+    r = withModule({"--eval", "(setq zel-folder \"/no/such/folder\")", "--script", sample});
     EXPECT_TRUE(r.out.contains(QLatin1String("No folder /no/such/folder"))) << r.out.toStdString();
-}
-
-TEST(OrvexLispLibrary, EntmodOfAWireTypeLayerIsWhatTheModuleReadsBack) {
-    QTemporaryDir folder;
-    const QString path = folder.filePath("a.dwg");
-    makeDrawing(path, {R"((zel_add_wiretype "RED_1" "_COLOR" "red"))"});
-    const auto r = withModule(OrvexProcess::evals({
-                                  R"((zel_get_wiretype_layer_info "" "RED_1"))",
-                                  R"((setq layer (entget (tblobjname "LAYER" "RED_1"))))",
-                                  R"((entmod (subst '(62 . 3) (assoc 62 layer)
-                                       (subst '(370 . 50) (assoc 370 layer) layer))))",
-                                  R"((zel_get_wiretype_layer_info "" "RED_1"))",
-                                  R"((zel_get_active_dwg_wiretype))",
-                              }) +
-                              QStringList{path});
-    EXPECT_EQ(r.exitCode, 0) << r.out.toStdString();
-    const QStringList info = OrvexProcess::linesOf(r.out, "(\"");
-    ASSERT_EQ(info.size(), 3) << r.out.toStdString();
-    EXPECT_EQ(info[0], QStringLiteral("(\"1\" \"Continuous\" \"-0.03\")"));
-    EXPECT_EQ(info[1], QStringLiteral("(\"3\" \"Continuous\" \"0.5\")"));
-    EXPECT_EQ(info[2], QStringLiteral("(\"RED_1\")"));
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 // Modules and the add-on in a batch run: which are loaded by default and on request, a
-// module's LISP function called with every kind of value, its failures, and the add-on's
-// start-up files in every drawing.
+// module's failing LISP functions, and the add-on's start-up files in every drawing.
 
 #include "OrvexProcess.h"
 
@@ -8,21 +7,16 @@ namespace {
 
 const QString kModule = QStringLiteral("[testmodule]");
 
-// A module's function gets every kind of value and gives it back; its failures are
-// reported and the run goes on; the module hears the run's messages in order.
-TEST(OrvexModules, AModuleFunctionGetsEveryKindOfValueAndItsFailuresAreReported) {
-    auto r = OrvexProcess().run(
-        {"--batch", "--module", OrvexProcess::testModule(), "--eval", "(tm_throw 1)", "--eval",
-         "(tm_fail)", "--eval",
-         R"((tm_echo "text \"q\" é" 7 -40000 2.5 (list 1 (list "b") nil) nil T))"});
+// A module's failing functions are reported and the run goes on; the module hears the run's
+// messages in order.
+TEST(OrvexModules, AModulesFailuresAreReportedAndItHearsTheRunsMessagesInOrder) {
+    auto r = OrvexProcess().run({"--batch", "--module", OrvexProcess::testModule(), "--eval",
+                                 "(tm_throw 1)", "--eval", "(tm_fail)"});
     EXPECT_EQ(r.exitCode, 1);
     EXPECT_TRUE(
         r.out.contains(QLatin1String("; error: exception in tm_throw: the test function failed")))
         << r.out.toStdString();
     EXPECT_TRUE(r.out.contains(QLatin1String("; error: tm_fail: the function reported an error")));
-    EXPECT_TRUE(r.out.contains(
-        QStringLiteral("\n(\"text \\\"q\\\" é\" 7 -40000 2.5 (1 (\"b\") nil) nil T)\n")))
-        << r.out.toStdString();
     EXPECT_EQ(OrvexProcess::linesOf(r.out, kModule),
               QStringList({"[testmodule] attach with instance", "[testmodule] message 1",
                            "[testmodule] message 3 Drawing1.dwg",

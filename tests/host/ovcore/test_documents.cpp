@@ -112,12 +112,8 @@ protected:
 };
 
 TEST_F(HostDocuments, WorkingDatabaseFollowsTheCurrentDocument) {
-    EXPECT_EQ(docs->curDocument(), nullptr);
-    EXPECT_EQ(docs->mdiActiveDocument(), nullptr);
-
     OvApDocument* first = newDocument();
     OvApDocument* second = newDocument();
-    EXPECT_EQ(docs->documentCount(), 2);
     EXPECT_EQ(docs->mdiActiveDocument(), second);
     EXPECT_EQ(working(), second->database());
 
@@ -136,7 +132,6 @@ TEST_F(HostDocuments, WorkingDatabaseFollowsTheCurrentDocument) {
 }
 
 TEST_F(HostDocuments, SaveOpenAndTemplates) {
-
     OvApDocument* doc = newDocument();
     EXPECT_EQ(docs->saveDocument(doc), Orvex::eInvalidInput); // never saved: no file to go to
     ASSERT_EQ(docs->saveDocumentAs(doc, path("plan.dwg")), Orvex::eOk);

@@ -24,7 +24,6 @@ protected:
 TEST_F(LispEnvironment, NilIsFalseInEveryConditional) {
     expectValues({
         {"(if nil 1 2)", "2"},
-        {"(if #f 1 2)", "2"},
         {"(if 0 1 2)", "1"},
         {"(if nil 1)", "nil"},
         {"(cond (nil 1) ('() 2) (T 3))", "3"},
@@ -139,13 +138,10 @@ TEST_F(LispEnvironment, ErrorsEndTheEvaluationNotTheHost) {
 
 TEST_F(LispEnvironment, EvaluationOfSeveralForms) {
     expectValues({
-        {"", ""},
         {"   ; only a comment", ""},
-        {"1 2 3", "3"},
         {"(define (twice x) (* 2 x)) (twice 4)", "8"},
         {"(veval-str+ \"(setq v 5) (* v v)\")", "25"},
         {"v", "5"},
-        {"(vl-orvex-defun 'twice)", "twice"},
         {"(list \"\\t\" \"\\\\\")", "(\"\\t\" \"\\\\\")"},
     });
     EXPECT_TRUE(

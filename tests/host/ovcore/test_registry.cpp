@@ -1,7 +1,6 @@
 #include "OvcoreTest.h"
 
 #include "ovcore/OvApDocManagerReactor.h"
-#include "ovcore/OvEdCommandStack.h"
 #include "ovcore/OvRxDynamicLinker.h"
 #include "ovcore/OvRxSystemRegistry.h"
 
@@ -9,33 +8,25 @@ namespace {
 
 using HostRegistry = OvcoreTest;
 
-TEST_F(HostRegistry, SystemRegistryHoldsTheLinkerAndTheCommandStack) {
-    OvRxObject* linker = ovrxSysRegistry()->at(L"DynamicLinker");
-    ASSERT_NE(linker, nullptr);
-    EXPECT_TRUE(linker->isA()->isDerivedFrom(OvRxDynamicLinker::desc()));
-    EXPECT_FALSE(linker->isKindOf(OvEdCommandStack::desc()));
-
+// The linker and the command stack are found and cast in the set-up of the module loader's
+// and the command stack's tests; here what the registry does not hold.
+TEST_F(HostRegistry, SystemRegistryRefusesWhatItDoesNotHold) {
     OvRxObject* commands = ovrxSysRegistry()->at(L"ORVEX_REGISTERED_COMMANDS");
-    ASSERT_NE(commands, nullptr);
-    EXPECT_TRUE(commands->isA()->isDerivedFrom(OvEdCommandStack::desc()));
     EXPECT_EQ(OvRxDynamicLinker::cast(commands), nullptr);
-
     EXPECT_EQ(ovrxSysRegistry()->at(L"NoSuchKey"), nullptr);
     EXPECT_EQ(ovrxSysRegistry()->at(static_cast<const wchar_t*>(nullptr)), nullptr);
 
     // An app id the linker never gave out is refused.
     int stranger = 0;
-    auto* dynamicLinker = OvRxDynamicLinker::cast(linker);
-    EXPECT_FALSE(dynamicLinker->unlockApplication(&stranger));
-    EXPECT_EQ(dynamicLinker->registerAppMDIAware(&stranger), Orvex::eInvalidInput);
-    EXPECT_FALSE(dynamicLinker->isAppMDIAware(&stranger));
+    auto* linker = OvRxDynamicLinker::cast(ovrxSysRegistry()->at(L"DynamicLinker"));
+    EXPECT_FALSE(linker->unlockApplication(&stranger));
+    EXPECT_EQ(linker->registerAppMDIAware(&stranger), Orvex::eInvalidInput);
+    EXPECT_FALSE(linker->isAppMDIAware(&stranger));
 }
 
-TEST_F(HostRegistry, HostClassesFormAWholeHierarchy) {
-    EXPECT_TRUE(ovrxBuildClassHierarchy());
+TEST_F(HostRegistry, HostClassesAreFoundByNameAndStay) {
     EXPECT_EQ(ovrxFindClass(QStringLiteral("OvApDocManagerReactor")),
               OvApDocManagerReactor::desc());
-    EXPECT_NE(ovrxFindClass(QStringLiteral("OvDbLayerTableRecord")), nullptr);
     EXPECT_FALSE(deleteOvRxClass(OvRxObject::desc()));
     EXPECT_EQ(ovrxFindClass(QStringLiteral("OvRxObject")), OvRxObject::desc());
 }

@@ -65,13 +65,12 @@ TEST_F(Blocks, IteratorWalksEntitiesInDrawingOrder) {
 
     std::vector<double> xs;
     for (; !it->done(); it->step()) {
-        OvDbLine* line = nullptr;
         OvDbEntity* entity = nullptr;
         ASSERT_EQ(it->getEntity(entity, OvDb::kForRead), eOk);
-        line = OvDbLine::cast(entity);
+        const auto* line = OvDbLine::cast(entity);
         ASSERT_NE(line, nullptr);
         xs.push_back(line->startPoint().x);
-        line->close();
+        entity->close();
     }
     EXPECT_EQ(xs, (std::vector<double>{0, 2, 3}));
     it->start(true, false);
@@ -112,7 +111,6 @@ TEST_F(Blocks, ReferenceOwnsItsAttributes) {
     EXPECT_EQ(sheet->ownerId(), referenceId);
     EXPECT_EQ(sheet->layerId(), reference->layerId());
     sheet->close();
-    EXPECT_EQ(reference->blockTableRecord(), wdm);
 
     std::vector<OvDbObjectId> attributeIds;
     OvDbObjectIterator* it = reference->attributeIterator();
@@ -121,13 +119,6 @@ TEST_F(Blocks, ReferenceOwnsItsAttributes) {
     delete it;
     ASSERT_EQ(attributeIds.size(), 2u);
     EXPECT_EQ(attributeIds[1], sheetId);
-
-    ASSERT_EQ(reference->erase(), eOk);
-    for (OvDbObjectId id : attributeIds)
-        EXPECT_TRUE(id.isErased());
-    ASSERT_EQ(reference->erase(false), eOk);
-    for (OvDbObjectId id : attributeIds)
-        EXPECT_FALSE(id.isErased());
     reference->close();
 }
 

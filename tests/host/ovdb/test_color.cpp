@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <utility>
 
 namespace {
@@ -66,20 +65,6 @@ TEST(LineWeight, NearestLegalWeight) {
                    {2147483647, kLnWt211}};
     for (const auto& [value, nearest] : cases)
         EXPECT_EQ(nearestLineWeight(value), nearest) << value;
-}
-
-TEST(LineWeight, LegalListAndTexts) {
-    using namespace OvDb;
-    const auto& weights = legalLineWeights();
-    ASSERT_EQ(weights.size(), 27u);
-    EXPECT_EQ(weights.front(), kLnWtByLwDefault);
-    EXPECT_TRUE(std::is_sorted(weights.begin(), weights.end()));
-    for (int weight : {-4, 26, 212})
-        EXPECT_FALSE(isLegalLineWeight(weight)) << weight;
-    EXPECT_EQ(lineWeightText(kLnWtByLayer), "ByLayer");
-    EXPECT_EQ(lineWeightText(kLnWtByLwDefault), "Default");
-    EXPECT_EQ(lineWeightText(kLnWt000), "0.00 mm");
-    EXPECT_EQ(lineWeightText(kLnWt211), "2.11 mm");
 }
 
 } // namespace

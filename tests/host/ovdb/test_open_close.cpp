@@ -6,18 +6,7 @@ namespace {
 
 using namespace Orvex;
 
-class OpenClose : public OvdbTest {
-protected:
-    // An extension dictionary on `owner` with one xrecord under "DATA"; gives the xrecord.
-    OvDbObjectId addXrecord(OvDbObjectId owner) {
-        OvDbObject* object = nullptr;
-        EXPECT_EQ(ovdbOpenObject(object, owner, OvDb::kForWrite), eOk);
-        EXPECT_EQ(object->createExtensionDictionary(), eOk);
-        const OvDbObjectId dict = object->extensionDictionary();
-        object->close();
-        return putXrecord(dict, L"DATA", nullptr);
-    }
-};
+using OpenClose = OvdbTest;
 
 TEST_F(OpenClose, ManyReadersOrOneWriter) {
     const OvDbObjectId id = addLayer(QStringLiteral("A"));
@@ -55,8 +44,6 @@ TEST_F(OpenClose, OpenChecksIdAndClass) {
     OvDbLinetypeTableRecord* linetype = nullptr;
     EXPECT_EQ(ovdbOpenObject(linetype, db.clayer(), OvDb::kForRead), eWrongObjectType);
     EXPECT_EQ(linetype, nullptr);
-    EXPECT_EQ(ovdbOpenObject(object, db.clayer(), OvDbLinetypeTableRecord::desc(), OvDb::kForRead),
-              eWrongObjectType);
     OvDbSymbolTableRecord* record = nullptr;
     ASSERT_EQ(ovdbOpenObject(record, db.clayer(), OvDb::kForRead), eOk);
     EXPECT_EQ(record->isA(), OvDbLayerTableRecord::desc());
@@ -103,13 +90,21 @@ TEST_F(OpenClose, MisuseIsRecordedNotFatal) {
 
 TEST_F(OpenClose, EraseAndReviveGoAlongOwnership) {
     const OvDbObjectId layerId = addLayer(QStringLiteral("WIRE"));
-    const OvDbObjectId xrecId = addXrecord(layerId);
     OvDbLayerTableRecord* layer = nullptr;
     ASSERT_EQ(ovdbOpenObject(layer, layerId, OvDb::kForRead), eOk);
     EXPECT_EQ(layer->erase(), eNotOpenForWrite);
+    EXPECT_EQ(layer->createExtensionDictionary(), eNotOpenForWrite);
+    ovdbTakeProtocolViolations();
+    ASSERT_EQ(layer->upgradeOpen(), eOk);
+    ASSERT_EQ(layer->createExtensionDictionary(), eOk);
+    EXPECT_EQ(layer->createExtensionDictionary(), eAlreadyInDb);
     const OvDbObjectId dictId = layer->extensionDictionary();
     layer->close();
-    ovdbTakeProtocolViolations();
+    const OvDbObjectId xrecId = putXrecord(dictId, L"DATA", nullptr);
+    OvDbObject* dict = nullptr;
+    ASSERT_EQ(ovdbOpenObject(dict, dictId, OvDb::kForRead), eOk);
+    EXPECT_EQ(dict->ownerId(), layerId);
+    dict->close();
 
     ASSERT_EQ(ovdbOpenObject(layer, layerId, OvDb::kForWrite), eOk);
     ASSERT_EQ(layer->erase(), eOk);

@@ -89,28 +89,22 @@ TEST_F(ColorDialogTest, ByLayerAndByBlockOnlyWhenAllowed) {
     }
 }
 
-TEST_F(ColorDialogTest, EscapeLeavesTheColourUntouched) {
-    OvCmColor color = colorOf(42);
-    whenShown([&](QWidget* dialog) {
-        click(dialog, QStringLiteral("color-1"));
-        QTest::keyClick(dialog->focusWidget(), Qt::Key_Escape);
-    });
-    EXPECT_EQ(ovedSetColorDialogTrueColor(color, 1, colorOf(7), 7), 0);
-    EXPECT_EQ(color.colorIndex(), 42);
-}
-
-TEST_F(ColorDialogTest, ArrowKeysWalkThePalette) {
+// The arrows walk the palette; Esc then leaves the colour as it was.
+TEST_F(ColorDialogTest, ArrowKeysWalkThePaletteAndEscapeLeavesTheColourUntouched) {
     OvCmColor color = colorOf(10);
+    int marked = 0;
     whenShown([&](QWidget* dialog) {
         QWidget* palette = control(dialog, QStringLiteral("1002"));
         palette->setFocus();
         QTest::keyClick(palette, Qt::Key_Right); // next hue: 20
         QTest::keyClick(palette, Qt::Key_Down);  // next shade row: 22
         QTest::keyClick(palette, Qt::Key_Left);  // back a hue: 12
-        click(dialog, QStringLiteral("1"));
+        marked = qobject_cast<OvColorDialog*>(dialog)->color().colorIndex();
+        QTest::keyClick(palette, Qt::Key_Escape);
     });
-    EXPECT_EQ(ovedSetColorDialogTrueColor(color, 0, colorOf(7), 7), 1);
-    EXPECT_EQ(color.colorIndex(), 12);
+    EXPECT_EQ(ovedSetColorDialogTrueColor(color, 0, colorOf(7), 7), 0);
+    EXPECT_EQ(marked, 12);
+    EXPECT_EQ(color.colorIndex(), 10);
 }
 
 TEST_F(ColorDialogTest, EverySwatchIsThereWithItsPaletteColour) {

@@ -88,22 +88,6 @@ TEST_F(HostWindowsTest, HelpShowsTheTopic) {
     EXPECT_TRUE(printed.contains(QStringLiteral("set_wire_type_dialog"))) << printed.toStdString();
 }
 
-TEST_F(HostWindowsTest, TaskDialogOfTheModuleIsShownAndAnswered) {
-    NqTaskDialog task;
-    ASSERT_NE(task.LoadFromFile(kModuleResource, L"ZelImportWireType.NoWireTypeFound", nullptr, 0),
-              0);
-    QString title;
-    QString instruction;
-    whenShown([&](QWidget* dialog) {
-        title = dialog->windowTitle();
-        instruction = control<QLabel>(dialog, QStringLiteral("1001"))->text();
-        click(dialog, QStringLiteral("1"));
-    });
-    EXPECT_EQ(task.ShowDialog(nullptr), 1);
-    EXPECT_FALSE(title.isEmpty());
-    EXPECT_TRUE(instruction.contains(QStringLiteral("No wire types"))) << instruction.toStdString();
-}
-
 TEST_F(HostWindowsTest, MissingKeyOrDamagedFileShowsNothing) {
     NqTaskDialog task;
     EXPECT_EQ(task.LoadFromFile(kModuleResource, L"ZelImportWireType.NoSuchKey", nullptr, 0), 0);

@@ -75,7 +75,7 @@ TEST_F(LinetypeDialogTest, OldOnePreselectedAnotherChosenByClick) {
     ovutDelBuffer(name);
 }
 
-TEST_F(LinetypeDialogTest, ByBlockAndByLayerOnlyWhenAsked) {
+TEST_F(LinetypeDialogTest, ByBlockAndByLayerOnlyWhenAskedAndCancelLeavesNameAndId) {
     QStringList names;
     whenShown([&](QWidget* dialog) {
         auto* list = control<QTreeWidget>(dialog, QStringLiteral("1001"));
@@ -89,15 +89,13 @@ TEST_F(LinetypeDialogTest, ByBlockAndByLayerOnlyWhenAsked) {
     EXPECT_TRUE(names.contains(QStringLiteral("ByBlock")));
     EXPECT_EQ(id, m_db.byLayerLinetype());
     ovutDelBuffer(name);
-}
 
-TEST_F(LinetypeDialogTest, CancelLeavesNameAndIdUntouched) {
     whenShown([&](QWidget* dialog) {
         clickRow(control<QTreeWidget>(dialog, QStringLiteral("1001")), QStringLiteral("TRENCH"));
         click(dialog, QStringLiteral("2"));
     });
-    wchar_t* name = nullptr;
-    OvDbObjectId id = m_dashed;
+    name = nullptr;
+    id = m_dashed;
     EXPECT_EQ(ovedLinetypeDialog(m_dashed, 0, name, id), 0);
     EXPECT_EQ(name, nullptr);
     EXPECT_EQ(id, m_dashed);

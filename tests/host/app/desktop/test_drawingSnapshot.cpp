@@ -42,10 +42,6 @@ protected:
         return ovdbtest::addLine(db, OvGePoint3d(x1, y1, 0), OvGePoint3d(x2, y2, 0), layer, block);
     }
 
-    OvDbObjectId addBlock(const wchar_t* name) {
-        return ovdbtest::addBlock(db, QString::fromWCharArray(name));
-    }
-
     OvDbObjectId insert(OvDbObjectId block, double x, double y, OvDbObjectId layer,
                         const QString& tag = {}, const QString& text = {}) {
         ovdbtest::Attributes attributes;
@@ -73,8 +69,8 @@ TEST_F(DrawingSnapshot, LayersCarryTheirLookWireDataAndTheFirstPatternThatCatche
     // '.' catches any non-alphanumeric character, so RD_1.5 also catches RD_1_5; BU* catches
     // its layer without regard to case; "P`#1" escapes its wildcard; two
     // patterns catch nothing.
-    insert(addBlock(L"WD_M"), 0, -20, OvDbObjectId(), QStringLiteral("WIRELAYS"),
-           QStringLiteral("RD_1.5,BU*,ZZ*,P`#1,GN_4"));
+    insert(ovdbtest::addBlock(db, QStringLiteral("WD_M")), 0, -20, OvDbObjectId(),
+           QStringLiteral("WIRELAYS"), QStringLiteral("RD_1.5,BU*,ZZ*,P`#1,GN_4"));
 
     const OvDrawingSnapshot s(&db);
     EXPECT_TRUE(s.hasWireLayerList());
@@ -98,8 +94,8 @@ TEST_F(DrawingSnapshot, NegatedListsAndDrawingsWithoutWd_mHaveNoIdlePatterns) {
         EXPECT_FALSE(s.hasWireLayerList());
         EXPECT_TRUE(s.idlePatterns().isEmpty());
     }
-    insert(addBlock(L"WD_M"), 0, 0, OvDbObjectId(), QStringLiteral("WIRELAYS"),
-           QStringLiteral("~RD*"));
+    insert(ovdbtest::addBlock(db, QStringLiteral("WD_M")), 0, 0, OvDbObjectId(),
+           QStringLiteral("WIRELAYS"), QStringLiteral("~RD*"));
     const OvDrawingSnapshot s(&db);
     EXPECT_TRUE(layer(s, QStringLiteral("RD_1")).pattern.isEmpty());
     EXPECT_EQ(layer(s, QStringLiteral("0")).pattern, QStringLiteral("~RD*"));
@@ -109,16 +105,10 @@ TEST_F(DrawingSnapshot, NegatedListsAndDrawingsWithoutWd_mHaveNoIdlePatterns) {
 TEST_F(DrawingSnapshot, BlockLinesAreDrawnAtTheReferenceOnItsLayerAndPickTheReference) {
     const OvDbObjectId red = addLayer(L"RED", 1);
     const OvDbObjectId blue = addLayer(L"BLUE", 5);
-    OvDbObjectId zero;
-    {
-        OvDbLayerTable* table = nullptr;
-        db.getSymbolTable(table, OvDb::kForRead);
-        table->getIdAt(L"0", zero);
-        table->close();
-    }
-    const OvDbObjectId symbol = addBlock(L"SYMBOL");
-    addLine(symbol, 0, 0, 4, 0, zero); // takes the reference's layer
-    addLine(symbol, 0, 0, 0, 4, blue); // keeps its own
+    const OvDbObjectId symbol = ovdbtest::addBlock(db, QStringLiteral("SYMBOL"));
+    // On layer 0, a new drawing's current layer, a line takes the reference's; BLUE stays.
+    addLine(symbol, 0, 0, 4, 0, OvDbObjectId());
+    addLine(symbol, 0, 0, 0, 4, blue);
     const OvDbObjectId reference =
         insert(symbol, 100, 50, red, QStringLiteral("TAG"), QStringLiteral("K1"));
 
