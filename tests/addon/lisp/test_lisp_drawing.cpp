@@ -59,7 +59,6 @@ TEST_F(LispDrawing, ReadDwgParamsSeesAChangedWirelaysAfterTheReread) {
 TEST_F(LispDrawing, ADrawingWithoutWdmReadsAsNilAndOthersAreReadByPath) {
     ASSERT_TRUE(openWithAddon());
     EXPECT_EQ(call(L"wd_cfg_read_dwg_params"), "nil");
-    EXPECT_EQ(call(L"c:wd_reread_dwg_params"), "nil");
     EXPECT_EQ(symbol(L"GBL_wd_m"), "nil");
     EXPECT_EQ(symbol(L"GBL_wd_wirelays"), "nil");
 

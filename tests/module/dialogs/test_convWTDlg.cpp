@@ -95,36 +95,9 @@ TEST_F(ConvWTDlgTest, AWireGivenByTheCallerIsChosenAndOkIsLiveAtOnceUnlessOnNoWi
     EXPECT_TRUE(messages().shown().empty());
 }
 
-TEST_F(ConvWTDlgTest, APickReopensTheSameDialogOnThePickedWiresRow) {
-    queuePickOf(m_lines.value("RED_1.5"));
-    const QString answer =
-        runWith("(zel_wire_type_sel \"0\")", {[&](platform::TemplateDialog&) {
-                                                  // The drafter's change of an option does not
-                                                  // outlive the pick; the option is live once a row
-                                                  // is chosen.
-                                                  clickCell(rowOf("BLU_1.0"), 5);
-                                                  clickButton(1008);
-                                                  clickButton(1010);
-                                              },
-                                              [&](platform::TemplateDialog& dialog) {
-                                                  EXPECT_TRUE(dialog.IsDlgItemEnabled(1));
-                                                  EXPECT_EQ(dialog.IsDlgButtonChecked(1008), 1);
-                                                  EXPECT_EQ(dialog.IsDlgButtonChecked(1009), 1);
-                                                  EXPECT_EQ(currentCell().first, rowOf("RED_1.5"));
-                                                  // The grid was not loaded again: still three
-                                                  // rows, no more.
-                                                  EXPECT_EQ(grid().GetWireTypeRows(), 3);
-                                                  clickButton(1);
-                                              }});
-    EXPECT_EQ(answer, R"(("RED_1.5" "0" "1" "0" "1"))");
-    ASSERT_EQ(m_openings.size(), 2);
-    EXPECT_EQ(m_openings[0], m_openings[1]) << "a pick must reopen the same dialog";
-    EXPECT_TRUE(output().contains(moduleString(157).trimmed())) << output().toStdString();
-    EXPECT_TRUE(messages().shown().empty());
-}
-
 // OK looks at the selected rows before the current cell, and a pick only moves the current
-// cell: the row the drafter selected wins over the picked wire's.
+// cell: the row the drafter selected wins over the picked wire's. Each pick reopens the same
+// dialog, its rows not loaded again and its options back on.
 TEST_F(ConvWTDlgTest, PicksOnANonWireLayerOrAnotherWireOrNothingKeepTheChoice) {
     queuePickOf(m_plainLine);
     queuePickOf(m_lines.value("RED_1.5"));
@@ -135,10 +108,17 @@ TEST_F(ConvWTDlgTest, PicksOnANonWireLayerOrAnotherWireOrNothingKeepTheChoice) {
                  [&](platform::TemplateDialog& dialog) {
                      EXPECT_FALSE(dialog.IsDlgItemEnabled(1)) << "nothing chosen yet";
                      clickRowHeader(rowOf("BLU_1.0"));
+                     // The option is live once a row is chosen; the change does not outlive
+                     // the pick.
+                     clickButton(1008);
                      clickButton(1010);
                  },
-                 [&](platform::TemplateDialog&) {
+                 [&](platform::TemplateDialog& dialog) {
+                     EXPECT_TRUE(dialog.IsDlgItemEnabled(1)) << "on the picked wire's row";
+                     EXPECT_EQ(dialog.IsDlgButtonChecked(1008), 1);
+                     EXPECT_EQ(dialog.IsDlgButtonChecked(1009), 1);
                      EXPECT_EQ(currentCell().first, rowOf("RED_1.5"));
+                     EXPECT_EQ(grid().GetWireTypeRows(), 3);
                      clickButton(1010);
                  },
                  [&](platform::TemplateDialog&) {
@@ -147,7 +127,10 @@ TEST_F(ConvWTDlgTest, PicksOnANonWireLayerOrAnotherWireOrNothingKeepTheChoice) {
                      clickButton(1);
                  }});
     EXPECT_EQ(answer, R"(("BLU_1.0" "0" "1" "0" "1"))");
-    EXPECT_EQ(m_openings.size(), 4);
+    ASSERT_EQ(m_openings.size(), 4);
+    for (const QObject* opening : m_openings)
+        EXPECT_EQ(opening, m_openings[0]) << "a pick must reopen the same dialog";
+    EXPECT_TRUE(output().contains(moduleString(157).trimmed())) << output().toStdString();
     ASSERT_EQ(messages().shown().size(), 1u);
     EXPECT_EQ(messages().shown().front().text,
               "The picked object lies on layer PLAIN, which is not a wire type.");

@@ -6,6 +6,7 @@
 #include "dialogs/ZelEditWTDlg.h"
 #include "dialogs/ZelImportWTDlg.h"
 #include "store/ZelWireTypeRec.h"
+#include "support/ZelTestDrawing.h"
 
 #include "ovcore/OvEdBatchInput.h"
 #include "ovdb/OvDbDatabase.h"
@@ -117,33 +118,36 @@ TEST_F(EditWTDlgTest, RemoveKeepsTheLayersAndDeleteErasesThemAtOk) {
     EXPECT_FALSE(wireRecord(saved, "BLUE_1").isEmpty());
 }
 
+// The store finds the duplicate, whatever its case, at the commit in a row below the first.
 TEST_F(EditWTDlgTest, ADuplicateNameStopsTheCommitOnItsRow) {
     wireTypeDrawing({"BLUE_1", "RED_1"}, {.saved = true});
     const int result = runEditDialog([&] {
         // The name of a wire type the drawing has opens for typing from the menu only.
-        clickCell(1, 5);
-        contextMenu(1, 5, 40043);
-        for (int i = 0; i < 6; ++i)
+        clickCell(2, 5);
+        contextMenu(2, 5, 40043);
+        for (int i = 0; i < 5; ++i)
             key(Qt::Key_Backspace);
-        typeText("RED_1");
+        typeText("blue_1");
         key(Qt::Key_Tab);
-        ASSERT_EQ(gridNames(), (QStringList{"RED_1", "RED_1"}));
+        ASSERT_EQ(gridNames(), (QStringList{"BLUE_1", "blue_1"}));
         clickCell(1, 3);
         clickButton(1);
         // Stopped on the name at fault, open for typing.
         ASSERT_TRUE(dialog().isVisible()) << "the commit stopped";
         settle();
-        EXPECT_FALSE(messages().shown().empty());
+        EXPECT_EQ(messages().shownTexts(), std::vector<QString>({moduleString(142)}));
+        EXPECT_EQ(currentCell(), std::make_pair(2, 5));
         key(Qt::Key_Backspace);
         typeText("2");
         key(Qt::Key_Tab);
-        clickCell(2, 3);
+        clickCell(1, 3);
         clickButton(1);
     });
     EXPECT_EQ(result, platform::TemplateDialog::IDOK);
     OvDbDatabase* saved = savedDrawing();
-    EXPECT_TRUE(layerId(saved, "RED_2").isValid());
-    EXPECT_FALSE(layerId(saved, "BLUE_1").isValid()) << "renamed";
+    EXPECT_TRUE(layerId(saved, "BLUE_2").isValid());
+    EXPECT_FALSE(layerId(saved, "RED_1").isValid()) << "renamed";
+    EXPECT_FALSE(wireRecord(saved, "BLUE_1").isEmpty()) << "the duplicate wrote nothing over it";
 }
 
 TEST_F(EditWTDlgTest, TheLayerNameFormatRefusesWhatNamesNoTokenAndKeepsTheLastGoodOne) {
@@ -211,21 +215,40 @@ TEST_F(EditWTDlgTest, TheMakeAllValidBoxLocksTheDialogAndTheDrawingKeepsIt) {
         EXPECT_TRUE(dialog().IsDlgItemEnabled(1025));
         clickButton(1);
     });
+    // With no rows left the drawing gets one default wire type, and the wire types' layers
+    // stay as plain layers.
     OvDbDatabase* again = savedDrawing();
-    EXPECT_TRUE(currentRecord(again).endsWith("|0")) << currentRecord(again).toStdString();
+    const QString name = moduleString(110);
+    EXPECT_EQ(currentRecord(again), QStringLiteral("%1|%1|%C_%S|0").arg(name));
+    EXPECT_FALSE(wireRecord(again, name).isEmpty());
+    EXPECT_TRUE(wireRecord(again, "RED_1").isEmpty());
+    EXPECT_TRUE(layerId(again, "RED_1").isValid());
 }
 
 TEST_F(EditWTDlgTest, AddExistingLayersTakesThePatternTypedAtTheCommandLine) {
-    wireTypeDrawing({"RED_1"}, {.plainLayers = {"PUMP_A", "PUMP_B", "VALVE"}, .saved = true});
+    OvDbDatabase* database = wireTypeDrawing({"RED_1"}, {.saved = true});
+    ZelTestDrawing::addLayer(database, "PUMP_A", 1);
+    ZelTestDrawing::addLine(database, "PUMP_A");
+    ZelTestDrawing::addLayer(database, "PUMP_B");
+    ZelTestDrawing::addLayer(database, "VALVE");
     loadAddonLisp("wd_lay.scm");
-    OvEdBatchInput::instance().queueInput("pump*");
     runEditDialog([&] {
+        // A pattern of no layer is told, and a cancelled request adds nothing.
+        OvEdBatchInput::instance().queueInput("nothing*");
         clickButton(1025);
-        EXPECT_EQ(gridNames(), (QStringList{"RED_1", "PUMP_A", "PUMP_B"}));
-        // A cancelled request adds nothing.
+        EXPECT_EQ(messages().shownTexts(), std::vector<QString>({moduleString(123)}));
         OvEdBatchInput::instance().queueInputCancel();
         clickButton(1025);
-        EXPECT_EQ(gridNames().size(), 3);
+        ASSERT_EQ(gridNames(), QStringList{"RED_1"});
+        OvEdBatchInput::instance().queueInput("pump*");
+        clickButton(1025);
+        EXPECT_EQ(gridNames(), (QStringList{"RED_1", "PUMP_A", "PUMP_B"}));
+        // The rows show the layers' use and take their look; the cursor goes to the last
+        // row before them.
+        EXPECT_EQ(cell(2, 2), "X");
+        EXPECT_EQ(cell(3, 2), "");
+        EXPECT_EQ(rowRecord(2)->color.colorIndex(), 1);
+        EXPECT_EQ(currentCell(), std::make_pair(1, 5));
         clickCell(1, 5);
         clickButton(1);
     });
@@ -388,35 +411,33 @@ TEST_F(EditWTDlgTest, MovesQueuedBehindAMessageBoxTellNoSecondFault) {
 
 TEST_F(EditWTDlgTest, ThreeSelectedRowsTakeTheOneColourChosen) {
     wireTypeDrawing({"BLUE_1", "GRN_1", "RED_1", "YEL_1"}, {.saved = true});
+    // Clicks a swatch of the host's picker, then OK (1) or Cancel (2); tells the colour the
+    // picker opened on.
+    QString openedOn;
+    const auto pick = [&](int colour, const char* button) {
+        whenModal([&openedOn, colour, button](QWidget* picker) {
+            openedOn = picker->findChild<QLineEdit*>("1001")->text();
+            QTest::mouseClick(picker->findChild<QWidget*>("color-" + QString::number(colour)),
+                              Qt::LeftButton);
+            QTest::mouseClick(picker->findChild<QAbstractButton*>(button), Qt::LeftButton);
+        });
+        clickButton(1012);
+    };
     runEditDialog([&] {
         // The first row gets a colour of its own, so that the picker has one to open on.
         clickCell(1, 5);
-        whenModal([](QWidget* picker) {
-            QTest::mouseClick(picker->findChild<QWidget*>("color-5"), Qt::LeftButton);
-            QTest::mouseClick(picker->findChild<QAbstractButton*>("1"), Qt::LeftButton);
-        });
-        clickButton(1012);
+        pick(5, "1");
         ASSERT_TRUE(modalSeen());
 
         clickRowHeader(1);
         clickRowHeader(3, Qt::ShiftModifier);
-        QString openedOn;
-        whenModal([&](QWidget* picker) {
-            openedOn = picker->findChild<QLineEdit*>("1001")->text();
-            QTest::mouseClick(picker->findChild<QWidget*>("color-3"), Qt::LeftButton);
-            QTest::mouseClick(picker->findChild<QAbstractButton*>("1"), Qt::LeftButton);
-        });
-        clickButton(1012);
+        pick(3, "1");
         ASSERT_TRUE(modalSeen());
         EXPECT_EQ(openedOn, "blue") << "the picker opens on the first selected row's colour";
 
         // A cancelled picker changes nothing.
         clickCell(4, 5);
-        whenModal([](QWidget* picker) {
-            QTest::mouseClick(picker->findChild<QWidget*>("color-1"), Qt::LeftButton);
-            QTest::mouseClick(picker->findChild<QAbstractButton*>("2"), Qt::LeftButton);
-        });
-        clickButton(1012);
+        pick(1, "2");
         clickCell(1, 5);
         clickButton(1);
     });
@@ -430,9 +451,8 @@ TEST_F(EditWTDlgTest, ThreeSelectedRowsTakeTheOneColourChosen) {
         }
         return index;
     };
-    EXPECT_EQ(colourOf("BLUE_1"), 3);
-    EXPECT_EQ(colourOf("GRN_1"), 3);
-    EXPECT_EQ(colourOf("RED_1"), 3);
+    for (const char* name : {"BLUE_1", "GRN_1", "RED_1"})
+        EXPECT_EQ(colourOf(name), 3) << name;
     EXPECT_NE(colourOf("YEL_1"), 3) << "not selected";
     EXPECT_NE(colourOf("YEL_1"), 1) << "the picker was cancelled";
 }
@@ -456,22 +476,17 @@ TEST_F(EditWTDlgTest, ImportBringsTheChosenWireTypesAndRemembersTheirFolder) {
                 return;
             }
             // Three rows chosen: the toggle clears all, then a click and two Ctrl+clicks.
-            QTest::mouseClick(import->GetDlgItem(1036), Qt::LeftButton);
-            QTest::mouseClick(import->GetDlgItem(1036), Qt::LeftButton);
+            clickButton(*import, 1036);
+            clickButton(*import, 1036);
             auto& list = static_cast<ZelImportWTDlg*>(import)->grid();
-            for (const int row : {2, 4, 6}) {
-                const QModelIndex index = list.model()->index(row - 1, 2);
-                QTest::mouseClick(list.viewport(), Qt::LeftButton,
-                                  row == 2 ? Qt::NoModifier : Qt::ControlModifier,
-                                  list.visualRect(index).center());
-            }
+            for (const int row : {2, 4, 6})
+                clickCell(list, row, 3, row == 2 ? Qt::NoModifier : Qt::ControlModifier);
             // Both the look and the properties of the other drawing come along.
             for (const int id : {1037, 1039}) {
                 if (import->IsDlgButtonChecked(id) != 1)
-                    QTest::mouseClick(import->GetDlgItem(id), Qt::LeftButton, Qt::NoModifier,
-                                      QPoint(5, import->GetDlgItem(id)->height() / 2));
+                    clickButton(*import, id);
             }
-            QTest::mouseClick(import->GetDlgItem(1), Qt::LeftButton);
+            clickButton(*import, 1);
         });
         clickButton(1034);
         ASSERT_TRUE(modalSeen());

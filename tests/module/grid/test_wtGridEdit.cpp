@@ -149,14 +149,9 @@ TEST_F(GridEditTest, EnterWalksRightAndWrapsToTheWireColourOfTheNextRow) {
     EXPECT_EQ(currentCell(), std::make_pair(1, 26));
 }
 
-} // namespace
-
-namespace {
-
 using GridRowsTest = GridTest;
 
-// Rows that come from outside the grid: a wire type of another drawing, and existing
-// layers. The dialog calls these after its import and add-layer steps.
+// Rows that come from another drawing, as the dialog adds them after its import step.
 TEST_F(GridRowsTest, RowsFromAnotherDrawingAreAddedOrMergedByName) {
     makeDrawing({}, QString(), "other.dwg");
     const QString other = tempPath("other.dwg");
@@ -202,25 +197,6 @@ TEST_F(GridRowsTest, RowsFromAnotherDrawingAreAddedOrMergedByName) {
     EXPECT_EQ(imported->wireColor, "GRN");
     EXPECT_FALSE(imported->wireFlag);
     EXPECT_EQ(imported->userValues.at(19), "n20");
-}
-
-TEST_F(GridRowsTest, ExistingLayersBecomeRowsAndAPatternOfNothingIsTold) {
-    OvDbDatabase* database = wireTypeDrawing({"W_A"});
-    ZelTestDrawing::addLayer(database, "CTRL_24V", 1);
-    ZelTestDrawing::addLine(database, "CTRL_24V");
-    openOwner();
-
-    messages().clearShown();
-    ASSERT_TRUE(grid().AddLayerRows("NOTHING*"));
-    settle();
-    EXPECT_EQ(messages().shownTexts(), std::vector<QString>({moduleString(123)}));
-
-    ASSERT_TRUE(grid().AddLayerRows("CTRL*"));
-    settle();
-    EXPECT_EQ(gridNames(), QStringList({"W_A", "CTRL_24V"}));
-    EXPECT_EQ(cell(2, 2), "X");
-    EXPECT_EQ(rowRecord(2)->color.colorIndex(), 1);
-    EXPECT_EQ(currentCell(), std::make_pair(1, 5)) << "the cursor goes to the last row before";
 }
 
 } // namespace

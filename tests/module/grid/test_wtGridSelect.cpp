@@ -1,5 +1,6 @@
-// Pasting whole rows with their names, selecting rows with Shift and the arrows, and
-// opening a cell for editing in a drawing of the project.
+// Pasting whole rows with their names, selecting rows with Shift and the arrows and the
+// remove button that follows them, and opening a cell for editing in a drawing of the
+// project.
 
 #include "GridTest.h"
 
@@ -66,32 +67,37 @@ TEST_F(GridPasteTest, RowsPastedWithTheirNamesGrowTheGridAndTakeAnExistingLayers
 
 using GridSelectTest = GridTest;
 
-TEST_F(GridSelectTest, ShiftAndTheArrowsSelectRowsAndTheButtonsFollow) {
-    OvDbDatabase* database = wireTypeDrawing({"W_A", "W_B", "W_C"});
-    setCurrentRecord(database, "W_A", "W_A");
+TEST_F(GridSelectTest, ShiftAndTheArrowsSelectRowsAndRemoveFollowsThePatternsTheyNeed) {
+    wireTypeDrawing({"DEF", "WIRE_A", "WIRE_B", "OTHER"});
+    ASSERT_EQ(wireLays(), "DEF*,WIR*,OTH*");
     openOwner();
-    ASSERT_EQ(gridNames(), QStringList({"W_A", "W_B", "W_C"}));
+    ASSERT_EQ(gridNames(), QStringList({"DEF", "OTHER", "WIRE_A", "WIRE_B"}));
     QWidget* remove = owner().GetDlgItem(1026);
     QWidget* setDefault = owner().GetDlgItem(1032);
     QWidget* colour = owner().GetDlgItem(1012);
 
-    // The buttons are weighed as the cursor leaves a cell, over the rows selected then
-    // (the cursor's row when there are none) and the row it goes to.
+    // The buttons are weighed as the cursor leaves a cell, over the rows selected then (the
+    // cursor's row when there are none) and the row it goes to: a second click in the same
+    // row asks about that row alone. Remove is offered when no remaining row needs the
+    // pattern of a row that goes.
     clickCell(2, 4);
     clickCell(2, 3);
+    EXPECT_TRUE(remove->isEnabled()) << "OTHER's pattern serves no other row";
     ASSERT_TRUE(setDefault->isEnabled());
     key(Qt::Key_Down, Qt::ShiftModifier);
     EXPECT_EQ(currentCell(), std::make_pair(3, 3));
     EXPECT_EQ(grid().GetSelectedRows(), std::vector<quint32>({2, 3}));
-    EXPECT_TRUE(remove->isEnabled()) << "W_B and W_C have patterns of their own";
+    EXPECT_FALSE(remove->isEnabled()) << "WIRE_B stays and needs WIR*";
     EXPECT_TRUE(colour->isEnabled());
     key(Qt::Key_Down, Qt::ShiftModifier);
-    EXPECT_EQ(grid().GetSelectedRows(), std::vector<quint32>({2, 3, 4}));
+    EXPECT_TRUE(remove->isEnabled()) << "both rows that need WIR* go together";
+    key(Qt::Key_Down, Qt::ShiftModifier);
+    EXPECT_EQ(grid().GetSelectedRows(), std::vector<quint32>({2, 3, 4, 5}));
     EXPECT_FALSE(setDefault->isEnabled()) << "two rows can't both be the default";
     EXPECT_TRUE(remove->isEnabled()) << "the blank row among others is passed over";
 
     // Up past the start takes the default wire type in, which can't be removed.
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 4; ++i)
         key(Qt::Key_Up, Qt::ShiftModifier);
     EXPECT_EQ(currentCell(), std::make_pair(1, 3));
     EXPECT_EQ(grid().GetSelectedRows(), std::vector<quint32>({1, 2}));

@@ -152,57 +152,48 @@ TEST_F(LispTest, AQueryReadsTheProjectDatabase) {
     EXPECT_EQ(ZelWireTypeRec::m_nKey, 4) << "no key reset on nil";
 }
 
-TEST_F(LispTest, TheActiveWireTypesOfThisOrAnotherDrawing) {
+// The three functions that read a drawing, the working one or another on disk.
+TEST_F(LispTest, TheReadingFunctionsAnswerForThisOrAnotherDrawing) {
     const QString other = writeOtherDrawing();
-    makeDrawing({"RED_1", "PLAIN", "RED_2"}, "RED*");
-    EXPECT_EQ(lisp("(zel_get_active_dwg_wiretype)"), "(\"RED_1\" \"RED_2\")");
-    EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
-    EXPECT_EQ(lisp("(zel_get_active_dwg_wiretype \"" + other + "\")"), "(\"BLUE_1\" \"BLUE_2\")");
-    EXPECT_EQ(lisp("(zel_get_active_dwg_wiretype \"" + tempPath("missing.dwg") + "\")"), "nil");
-
-    makeDrawing({"PLAIN"}, QString(), "plain.dwg");
-    EXPECT_EQ(lisp("(zel_get_active_dwg_wiretype)"), "nil");
-}
-
-TEST_F(LispTest, TheStoredRecordOfALayerComesBackAsItIs) {
-    const QString other = writeOtherDrawing();
-    OvDbDatabase* database = makeDrawing({"RED_1", "RED_2", "PLAIN"}, "RED_1");
+    const QString missing = tempPath("missing.dwg");
+    OvDbDatabase* database = makeDrawing({"PLAIN"}, "RED_1");
+    ZelTestDrawing::addLayer(database, "RED_1", 1);
+    ZelTestDrawing::addLayer(database, "RED_2");
     resbuf* stored = ovutBuildList(1, L"RED", 2, L"2.5", 3, L"WIRE", 90, 3, 290, 0, 0);
     ZelTestDrawing::setExtensionRecord(layerId(database, "RED_2"), "ZEL_WIRETYPE", stored);
     ovutRelRb(stored);
+
+    EXPECT_EQ(lisp("(zel_get_active_dwg_wiretype)"), "(\"RED_1\" \"RED_2\")");
+    EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
+    EXPECT_EQ(lisp("(zel_get_active_dwg_wiretype \"" + other + "\")"), "(\"BLUE_1\" \"BLUE_2\")");
+    EXPECT_EQ(lisp("(zel_get_active_dwg_wiretype \"" + missing + "\")"), "nil");
+
+    // The stored record of a layer comes back as it is; a layer listed in WIRELAYS without
+    // one reads as the default record, here and in another drawing.
     EXPECT_EQ(lisp("(zel_get_dwg_wiretype_settings \"RED_2\")"),
               "((1 . \"RED\") (2 . \"2.5\") (3 . \"WIRE\") (90 . 3) (290 . 0))");
-
-    // Listed in WIRELAYS without a record: the default record, here and in another drawing.
     EXPECT_EQ(lisp("(zel_get_dwg_wiretype_settings \"red_1\")"), kListedRecord);
     EXPECT_EQ(lisp("(zel_get_dwg_wiretype_settings \"BLUE_2\" \"" + other + "\")"), kListedRecord);
-
     EXPECT_EQ(lisp("(zel_get_dwg_wiretype_settings \"PLAIN\")"), "nil");
     EXPECT_EQ(lisp("(zel_get_dwg_wiretype_settings \"NOPE\")"), "nil");
     EXPECT_EQ(lisp("(zel_get_dwg_wiretype_settings \"GREEN\" \"" + other + "\")"), "nil");
-    EXPECT_EQ(lisp("(zel_get_dwg_wiretype_settings \"RED_1\" \"" + tempPath("missing.dwg") + "\")"),
-              "nil");
-}
+    EXPECT_EQ(lisp("(zel_get_dwg_wiretype_settings \"RED_1\" \"" + missing + "\")"), "nil");
 
-TEST_F(LispTest, TheLayerInfoOfThisOrAnotherDrawing) {
-    const QString other = writeOtherDrawing();
-    OvDbDatabase* database = makeDrawing({"PLAIN"});
-    ZelTestDrawing::addLayer(database, "RED_1", 1);
-    EXPECT_EQ(lisp("(zel_get_wiretype_layer_info \"\" \"red_1\")"),
-              "(\"1\" \"Continuous\" \"-0.03\")");
+    EXPECT_EQ(layerInfo("red_1"), "(\"1\" \"Continuous\" \"-0.03\")");
     EXPECT_EQ(lisp("(zel_get_wiretype_layer_info nil \"PLAIN\")"),
               "(\"7\" \"Continuous\" \"-0.03\")");
     EXPECT_EQ(lisp("(zel_get_wiretype_layer_info \"" + other + "\" \"green\")"),
               "(\"5\" \"Continuous\" \"-0.03\")");
-
     ZelWireTypeRec::m_nKey = 4;
-    EXPECT_EQ(lisp("(zel_get_wiretype_layer_info \"" + tempPath("missing.dwg") + "\" \"RED_1\")"),
-              "nil");
-    EXPECT_EQ(lisp("(zel_get_wiretype_layer_info \"\" \"NOPE\")"), "nil");
+    EXPECT_EQ(lisp("(zel_get_wiretype_layer_info \"" + missing + "\" \"RED_1\")"), "nil");
+    EXPECT_EQ(layerInfo("NOPE"), "nil");
     EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
     ZelWireTypeRec::m_nKey = 4;
     EXPECT_EQ(lisp("(zel_get_wiretype_layer_info \"\")"), "nil");
     EXPECT_EQ(ZelWireTypeRec::m_nKey, 4) << "an empty layer leaves the store alone";
+
+    makeDrawing({"PLAIN"}, QString(), "plain.dwg");
+    EXPECT_EQ(lisp("(zel_get_active_dwg_wiretype)"), "nil");
 }
 
 TEST_F(LispTest, AnAddedWireTypeIsInTheDrawing) {

@@ -7,8 +7,6 @@
 
 #include "platform/Resources.h"
 
-#include <QDir>
-
 #include <stdexcept>
 
 namespace {
@@ -16,7 +14,7 @@ namespace {
 // The general caption: a string of the module's library, not of the host.
 constexpr unsigned kCaption = 150;
 
-class ResourceOverrideTest : public ZelTestHost {};
+using ResourceOverrideTest = ZelTestHost;
 
 TEST_F(ResourceOverrideTest, ModuleStringsLoadInsideAndComeBackEmptyOutside) {
     ASSERT_NE(resourceLibrary, nullptr);
@@ -47,32 +45,6 @@ TEST_F(ResourceOverrideTest, ModuleStringsLoadInsideAndComeBackEmptyOutside) {
     EXPECT_EQ(platform::currentResourceHandle(), before);
 }
 
-TEST_F(ResourceOverrideTest, HandleCurrentBeforeIsTheOneRestored) {
-    // Another library current at the start (a second handle on the same file).
-    platform::ResourceHandle* other = platform::loadResourceLibrary(
-        QDir(programFolder()).filePath(QStringLiteral("ZelWireTypeRes.so")));
-    ASSERT_NE(other, nullptr);
-    ASSERT_NE(other, resourceLibrary);
-    platform::setCurrentResourceHandle(other);
-    {
-        ResourceOverride resources;
-        EXPECT_EQ(platform::currentResourceHandle(), resourceLibrary);
-    }
-    EXPECT_EQ(platform::currentResourceHandle(), other);
-    platform::freeResourceLibrary(other);
-    EXPECT_EQ(platform::currentResourceHandle(), platform::hostResourceHandle());
-}
-
-// Where the library is looked for is the module load's case; here only what a switch does
-// without one.
-TEST_F(ResourceOverrideTest, WithoutTheLibraryTheSwitchReachesNothingOfTheModules) {
-    ZelDetachResources();
-    ASSERT_EQ(resourceLibrary, nullptr);
-    EXPECT_FALSE(extensionModuleReady);
-    ResourceOverride resources;
-    EXPECT_TRUE(platform::loadString(kCaption).isEmpty());
-}
-
 TEST_F(ResourceOverrideTest, LibraryEntryAttachesAndDetaches) {
     ZelDetachResources();
     int instance = 0;
@@ -95,6 +67,7 @@ TEST_F(ResourceOverrideTest, LibraryEntryAttachesAndDetaches) {
     EXPECT_EQ(resourceLibrary, nullptr);
     EXPECT_EQ(moduleResource, nullptr);
     EXPECT_FALSE(extensionModuleReady);
+    // Without the library the switch reaches nothing of the module's.
     ResourceOverride resources;
     EXPECT_TRUE(platform::loadString(kCaption).isEmpty());
 }

@@ -76,6 +76,14 @@ TEST_F(StoreTest, AWireTypeRecordIsReadAsFarAsItsLayoutAllows) {
          chain(ovutBuildList(1, L"RD", 2, L"1.5", 3, L"WIRE", 0),
                users(25, ovutBuildList(90, 3L, 290, 0, 0))),
          "RD|1.5|WIRE|u1|u20|0|true"},
+        // Fewer than twenty: the row and the flag fall into the values' places, unread.
+        {"row and flag too early",
+         ovutBuildList(1, L"RD", 2, L"1.5", 3, L"WIRE", 90, 5L, 290, 0, 0), "RD|1.5|WIRE|||0|true"},
+        // Group 90 is read as 16 bits.
+        {"row beyond 16 bits",
+         chain(ovutBuildList(1, L"RD", 2, L"1.5", 3, L"WIRE", 0),
+               users(20, ovutBuildList(90, 70000L, 290, 0, 0))),
+         "RD|1.5|WIRE|u1|u20|4464|false"},
         {"empty texts", ovutBuildList(1, L"", 2, L"", 3, L"", 4, L"", 0), "||WIRE|||0|true"},
     };
     for (const RecordCase& c : cases) {

@@ -20,23 +20,6 @@ std::vector<QString> padded(std::vector<QString> names) {
     return names;
 }
 
-// A wire type record: strings, `userValues` values "u1"..., then row and flag unless row < 0.
-resbuf* wireChain(const QStringList& strings, int userValues, int row = -1, bool flag = false) {
-    resbuf head{};
-    resbuf* tail = &head;
-    const auto append = [&](resbuf* link) {
-        for (tail->rbnext = link; tail->rbnext;)
-            tail = tail->rbnext;
-    };
-    for (int i = 0; i < strings.size(); ++i)
-        append(ovutBuildList(i + 1, strings[i].toStdWString().c_str(), 0));
-    for (int i = 0; i < userValues; ++i)
-        append(ovutBuildList(4, QStringLiteral("u%1").arg(i + 1).toStdWString().c_str(), 0));
-    if (row >= 0)
-        append(ovutBuildList(90, row, 290, flag ? 1 : 0, 0));
-    return head.rbnext;
-}
-
 TEST(SplitPropertyList, TakesQuotedNamesAndAlwaysYieldsTwenty) {
     const auto split = [](const QString& line) {
         std::vector<QString> names{"stale"};
@@ -126,37 +109,6 @@ TEST_F(StoreTest, KeysNumberTheLoadAndACollisionTakesTheCountersNextValue) {
     EXPECT_EQ(name, "W7");
     ASSERT_TRUE(store.FindLayerInMap(4, name)) << "the taken key 7 gives the counter's 4";
     EXPECT_EQ(name, "W8");
-}
-
-TEST_F(StoreTest, TheReaderIsNotTheMirrorOfTheWriter) {
-    OvDbDatabase* database = makeDrawing({"SHORT", "FULL"});
-    const auto put = [&](const QString& layer, resbuf* chain) {
-        ZelTestDrawing::setExtensionRecord(layerId(database, layer), "ZEL_WIRETYPE", chain);
-        ovutRelRb(chain);
-    };
-    // Fewer than 20 user values: row and flag fall into the value places and are ignored.
-    put("SHORT", wireChain({"RED", "1.5", "WIRE"}, 0, 5, false));
-    // Group 90 is read as 16 bits.
-    put("FULL", wireChain({"BLU", "2.5", "WIRE"}, 20, 70000, false));
-
-    ZelWireTypeRec store;
-    const WireLayerRec* shortRec = record(store, "SHORT");
-    EXPECT_EQ(shortRec->userValues, padded({}));
-    EXPECT_EQ(shortRec->gridRow, 0);
-    EXPECT_TRUE(shortRec->wireFlag);
-    EXPECT_EQ(shortRec->nameFormatMask, 255);
-    const WireLayerRec* full = record(store, "FULL");
-    EXPECT_EQ(full->userValues.back(), "u20");
-    EXPECT_EQ(full->gridRow, 4464);
-    EXPECT_FALSE(full->wireFlag);
-
-    // What the default wire type is written with: no user values at all.
-    std::vector<QString> none;
-    ASSERT_EQ(store.AddNewWireType(0, "BARE", none, none, "RED", "1.5", "WIRE", OvCmColor(),
-                                   OvDbObjectId(), OvDb::kLnWtByLwDefault, 5, false),
-              Orvex::eOk);
-    EXPECT_EQ(wireRecord(database, "BARE"),
-              "((1 . \"RED\") (2 . \"1.5\") (3 . \"WIRE\") (90 . 5) (290 . 0))");
 }
 
 TEST_F(StoreTest, TheCurrentRecordFallsBackOnWhatWasStored) {
