@@ -2,6 +2,7 @@
 
 #include "ovcore/OvApDocManager.h"
 #include "ovcore/OvEdBatchInput.h"
+#include "ovcore/OvEdInputProvider.h"
 #include "ovcore/OvHost.h"
 #include "ovcore/OvLisp.h"
 #include "ovcore/OvOpenObjectCheck.h"
@@ -34,6 +35,32 @@ extern "C" const char* __asan_default_options() {
 inline void PrintTo(const QString& text, std::ostream* out) {
     *out << '"' << text.toStdString() << '"';
 }
+
+// What a desktop program puts in place of the batch queues: it writes down each request,
+// cancels picks, chooses /chosen.dwg and types "typed".
+class RecordingProvider : public OvEdInputProvider {
+public:
+    int entSel(const QString& prompt, ov_name, double[3]) override {
+        calls << QStringLiteral("pick ") + prompt;
+        return RTCAN;
+    }
+    int getFileD(const QString& title, const QString& defaultPath, const QString& extension,
+                 int flags, QString& path) override {
+        calls << QStringLiteral("file %1 %2 %3 %4").arg(title, defaultPath, extension).arg(flags);
+        path = QStringLiteral("/chosen.dwg");
+        return RTNORM;
+    }
+    int help(const QString& file, const QString& topic, int command) override {
+        calls << QStringLiteral("help %1 %2 %3").arg(file, topic).arg(command);
+        return RTNORM;
+    }
+    int getString(const QString& prompt, QString& text) override {
+        calls << QStringLiteral("string ") + prompt;
+        text = QStringLiteral("typed");
+        return RTNORM;
+    }
+    QStringList calls;
+};
 
 // A running host whose command line the test reads. An object left open by a command,
 // message or LISP call fails the test unless the test expects it. Functions that a test

@@ -49,7 +49,7 @@ protected:
     resbuf* answer = nullptr;
 };
 
-TEST_F(LispConvert, AtomsBecomeTheirLispTypes) {
+TEST_F(LispConvert, ArgumentsKeepTheirTypesAndShape) {
     eval("(probe \"text\" 5 -32768 32767 32768 -32769 2147483647 1.5 1/4 T nil '() #f 'sym)");
     EXPECT_EQ(typesOf(received),
               (std::vector<int>{RTSTR, RTSHORT, RTSHORT, RTSHORT, RTLONG, RTLONG, RTLONG, RTREAL,
@@ -58,9 +58,8 @@ TEST_F(LispConvert, AtomsBecomeTheirLispTypes) {
     EXPECT_EQ(linkAt(received, 6)->resval.rlong, 2147483647);
     EXPECT_DOUBLE_EQ(linkAt(received, 8)->resval.rreal, 0.25);
     EXPECT_STREQ(linkAt(received, 13)->resval.rstring, L"sym");
-}
 
-TEST_F(LispConvert, NestedListsAndDottedPairsKeepTheirShape) {
+    // Nested lists and dotted pairs keep their shape.
     eval("(probe '(1 (\"a\" ()) ()) '(\"k\" . \"v\") '(1 2 . 3.5))");
     EXPECT_EQ(
         typesOf(received),
@@ -146,21 +145,16 @@ TEST_F(LispConvert, BadValuesEitherWayAreLispErrorsAndTheSessionGoesOn) {
     EXPECT_EQ(eval("(+ 1 2)"), "3");
 }
 
-TEST_F(LispConvert, SingleResultsOfEachKind) {
-    const std::vector<std::function<int()>> answers = {[] { return ovedRetStr(L"x\"y"); },
-                                                       [] { return ovedRetT(); },
-                                                       [] { return ovedRetNil(); },
-                                                       [] { return ovedRetInt(100000); },
-                                                       [] { return ovedRetReal(0.1); },
-                                                       [] {
-                                                           const ov_name name = {7, 0x1a2b};
-                                                           return ovedRetName(name);
-                                                       }};
-    define(L"answer", 2,
-           [&answers] { return answers.at(ovedGetArgs()->resval.rint)() == RTNORM ? 1 : 3; });
-    const char* expected[] = {"\"x\\\"y\"", "T", "nil", "100000", "0.1", "<Entity name: 1a2b>"};
-    for (int i = 0; i < 6; ++i)
-        EXPECT_EQ(eval(QStringLiteral("(answer %1)").arg(i)), expected[i]);
+// Texts, T, nil and integers are answered by the bridge's test handlers and the module's
+// functions; a real and an entity name by none of them.
+TEST_F(LispConvert, RealAndEntityNameResults) {
+    define(L"answer", 2, [] {
+        const ov_name name = {7, 0x1a2b};
+        const int status = ovedGetArgs() ? ovedRetName(name) : ovedRetReal(0.1);
+        return status == RTNORM ? 1 : 3;
+    });
+    EXPECT_EQ(eval("(answer)"), "0.1");
+    EXPECT_EQ(eval("(answer 5)"), "<Entity name: 1a2b>");
     EXPECT_EQ(eval("(list (entity-name? (answer 5)) (equal (answer 5) (answer 5)))"), "(T T)");
 
     // An entity name goes back as itself, both words kept.
@@ -168,18 +162,6 @@ TEST_F(LispConvert, SingleResultsOfEachKind) {
     ASSERT_EQ(typesOf(received), (std::vector<int>{RTENAME, RTLB, RTSHORT, RTENAME, RTLE}));
     EXPECT_EQ(received->resval.rlname[0], 7);
     EXPECT_EQ(received->resval.rlname[1], 0x1a2b);
-}
-
-TEST_F(LispConvert, NotationOfChains) {
-    const std::pair<resbuf*, const char*> cases[] = {
-        {nullptr, "nil"},
-        {ovutBuildList(RTSTR, L"a\"b\\c\nd", 0), "\"a\\\"b\\\\c\\nd\""},
-        {ovutBuildList(RTSTR, L"a", RTLB, RTNIL, RTT, RTLE, 0), "(\"a\" (nil T))"},
-    };
-    for (const auto& [chain, expected] : cases) {
-        EXPECT_EQ(lisp::toLispNotation(chain), expected);
-        ovutRelRb(chain);
-    }
 }
 
 TEST_F(LispConvert, PutSymAndGetSymConvertBothWays) {

@@ -24,14 +24,12 @@ TEST_F(HostRegistry, SystemRegistryRefusesWhatItDoesNotHold) {
     EXPECT_FALSE(linker->isAppMDIAware(&stranger));
 }
 
-TEST_F(HostRegistry, HostClassesAreFoundByNameAndStay) {
+TEST_F(HostRegistry, ClassesAreLinkedByNameAndDeletedChildrenFirstButHostOnesStay) {
     EXPECT_EQ(ovrxFindClass(QStringLiteral("OvApDocManagerReactor")),
               OvApDocManagerReactor::desc());
     EXPECT_FALSE(deleteOvRxClass(OvRxObject::desc()));
     EXPECT_EQ(ovrxFindClass(QStringLiteral("OvRxObject")), OvRxObject::desc());
-}
 
-TEST_F(HostRegistry, ModuleClassesAreLinkedByNameAndDeletedChildrenFirst) {
     auto* base = new OvRxClass(L"TmBase", OvRxObject::desc());
     auto* derived = new OvRxClass(L"TmDerived", L"TmBase");
     ASSERT_EQ(ovrxRegisterClass(derived), Orvex::eOk);
