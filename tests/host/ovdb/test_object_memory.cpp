@@ -6,6 +6,7 @@
 
 #include <set>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -19,10 +20,8 @@ TEST(ObjectMemory, ObjectsMadeAndFreedInAnyOrderKeepWhatTheyHold) {
     std::vector<OvDbLine*> lines;
     for (int i = 0; i < kCount; ++i)
         lines.push_back(lineAt(i));
-    for (int i = 0; i < kCount; i += 2) {
-        delete lines[static_cast<std::size_t>(i)];
-        lines[static_cast<std::size_t>(i)] = nullptr;
-    }
+    for (int i = 0; i < kCount; i += 2)
+        delete std::exchange(lines[static_cast<std::size_t>(i)], nullptr);
     // Another size between lines of the first, then lines again in the places freed.
     std::vector<OvDbLayerTableRecord*> layers;
     for (int i = 0; i < kCount / 2; ++i) {
@@ -33,10 +32,8 @@ TEST(ObjectMemory, ObjectsMadeAndFreedInAnyOrderKeepWhatTheyHold) {
         lines[static_cast<std::size_t>(i)] = lineAt(i);
     // Freed by another thread, then made again here.
     std::thread([&] {
-        for (int i = 1; i < kCount; i += 4) {
-            delete lines[static_cast<std::size_t>(i)];
-            lines[static_cast<std::size_t>(i)] = nullptr;
-        }
+        for (int i = 1; i < kCount; i += 4)
+            delete std::exchange(lines[static_cast<std::size_t>(i)], nullptr);
     }).join();
     for (int i = 1; i < kCount; i += 4)
         lines[static_cast<std::size_t>(i)] = lineAt(i);

@@ -33,18 +33,12 @@ TEST_F(Chain, BuildListTakesValuesOfEachKindAndCopiesStrings) {
     EXPECT_EQ(buffer, nullptr);
 }
 
-TEST_F(Chain, SpliceAtTheStartInTheMiddleAndAtTheEnd) {
-    resbuf* chain = ovutBuildList(RTSTR, L"A", RTSTR, L"B", 0);
-    resbuf* const head = chain;
-    chain = ovutBuildList(RTRESBUF, chain, RTSTR, L"C", 0);
-    EXPECT_EQ(chain, head) << "a splice at the start extends the given chain";
-    EXPECT_EQ(chainText(chain), "5005:A 5005:B 5005:C");
-    ovutRelRb(chain);
-
+// A splice at the start, the way handlers extend their results, is checked with them.
+TEST_F(Chain, SpliceInTheMiddleAndAtTheEnd) {
     resbuf* inner = ovutBuildList(RTSTR, L"x", RTSTR, L"y", 0);
     resbuf* last = ovutBuildList(RTSHORT, 1, 0);
-    chain = ovutBuildList(RTLB, RTRESBUF, inner, RTLE, RTRESBUF, static_cast<resbuf*>(nullptr),
-                          RTRESBUF, last, 0);
+    resbuf* chain = ovutBuildList(RTLB, RTRESBUF, inner, RTLE, RTRESBUF,
+                                  static_cast<resbuf*>(nullptr), RTRESBUF, last, 0);
     EXPECT_EQ(chainText(chain), "5016 5005:x 5005:y 5017 5003:1");
     ASSERT_NE(chain, nullptr);
     EXPECT_EQ(chain->rbnext, inner);

@@ -25,7 +25,6 @@ TEST(WcMatch, Patterns) {
         // A non-ASCII text counts characters.
         {L"GRÜN", L"GR?N", true},
         {L"ДРОТ_1", L"@@@@.#", true},
-        {L"GRUN", L"GRÜ*", false},
         {L"W°", L"W.", true},
         // Sets.
         {L"B1", L"[ABC]#", true},

@@ -144,7 +144,7 @@ TEST_F(OnePassReader, ASyntaxFaultLaterWinsOverAnEarlierFaultOfContent) {
 // Handles far apart, which fold onto the same places of the handle map, are all found.
 TEST_F(OnePassReader, HandlesFarApartAreAllFound) {
     OvDbDatabase source;
-    const OvDbObjectId layer = addLayer(source, QStringLiteral("SPREAD"));
+    const OvDbObjectId layer = ovdbtest::addLayer(source, QStringLiteral("SPREAD"));
     std::vector<OvDbObjectId> lines;
     for (int i = 0; i < 3000; ++i)
         lines.push_back(addLine(source, i, layer));
