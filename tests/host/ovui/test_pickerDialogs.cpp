@@ -54,23 +54,22 @@ TEST_F(LinetypeDialogTest, OldOnePreselectedAnotherChosenByClick) {
     QString preselected;
     QStringList names;
     whenShown([&](QWidget* dialog) {
-        auto* list = control<QTreeWidget>(dialog, QStringLiteral("1001"));
+        auto* list = control<QTreeWidget>(dialog, "1001");
         names = namesIn(list);
         preselected = list->currentItem() ? list->currentItem()->text(0) : QString();
-        clickRow(list, QStringLiteral("TRENCH"));
-        click(dialog, QStringLiteral("1"));
+        clickRow(list, "TRENCH");
+        click(dialog, "1");
     });
     wchar_t* name = nullptr;
     OvDbObjectId id;
     ASSERT_EQ(ovedLinetypeDialog(m_dashed, 0, name, id), 1);
-    EXPECT_EQ(preselected, QStringLiteral("FENCE"));
+    EXPECT_EQ(preselected, "FENCE");
     // In table order, without the two that stand for another linetype.
-    EXPECT_EQ(names.first(), QStringLiteral("Continuous"));
-    EXPECT_EQ(names.mid(names.size() - 2),
-              (QStringList{QStringLiteral("FENCE"), QStringLiteral("TRENCH")}));
-    EXPECT_FALSE(names.contains(QStringLiteral("ByLayer")));
+    EXPECT_EQ(names.first(), "Continuous");
+    EXPECT_EQ(names.mid(names.size() - 2), (QStringList{"FENCE", "TRENCH"}));
+    EXPECT_FALSE(names.contains("ByLayer"));
     ASSERT_NE(name, nullptr);
-    EXPECT_EQ(QString::fromWCharArray(name), QStringLiteral("TRENCH"));
+    EXPECT_EQ(QString::fromWCharArray(name), "TRENCH");
     EXPECT_EQ(id, m_hidden);
     ovutDelBuffer(name);
 }
@@ -78,21 +77,21 @@ TEST_F(LinetypeDialogTest, OldOnePreselectedAnotherChosenByClick) {
 TEST_F(LinetypeDialogTest, ByBlockAndByLayerOnlyWhenAskedAndCancelLeavesNameAndId) {
     QStringList names;
     whenShown([&](QWidget* dialog) {
-        auto* list = control<QTreeWidget>(dialog, QStringLiteral("1001"));
+        auto* list = control<QTreeWidget>(dialog, "1001");
         names = namesIn(list);
-        clickRow(list, QStringLiteral("ByLayer"), true); // double click is OK
+        clickRow(list, "ByLayer", true); // double click is OK
     });
     wchar_t* name = nullptr;
     OvDbObjectId id;
     ASSERT_EQ(ovedLinetypeDialog(m_dashed, 1, name, id), 1);
-    EXPECT_TRUE(names.contains(QStringLiteral("ByLayer")));
-    EXPECT_TRUE(names.contains(QStringLiteral("ByBlock")));
+    EXPECT_TRUE(names.contains("ByLayer"));
+    EXPECT_TRUE(names.contains("ByBlock"));
     EXPECT_EQ(id, m_db.byLayerLinetype());
     ovutDelBuffer(name);
 
     whenShown([&](QWidget* dialog) {
-        clickRow(control<QTreeWidget>(dialog, QStringLiteral("1001")), QStringLiteral("TRENCH"));
-        click(dialog, QStringLiteral("2"));
+        clickRow(control<QTreeWidget>(dialog, "1001"), "TRENCH");
+        click(dialog, "2");
     });
     name = nullptr;
     id = m_dashed;
@@ -122,7 +121,7 @@ TEST_F(LineWeightDialogTest, OldWeightPreselectedKeyboardChoosesTheNext) {
     QString current;
     QStringList texts;
     whenShown([&](QWidget* dialog) {
-        auto* list = control<QListWidget>(dialog, QStringLiteral("1001"));
+        auto* list = control<QListWidget>(dialog, "1001");
         for (int i = 0; i < list->count(); ++i)
             texts << list->item(i)->text();
         current = list->currentItem() ? list->currentItem()->text() : QString();
@@ -131,17 +130,17 @@ TEST_F(LineWeightDialogTest, OldWeightPreselectedKeyboardChoosesTheNext) {
     });
     OvDb::LineWeight chosen = OvDb::kLnWt000;
     ASSERT_EQ(ovedLineWeightDialog(OvDb::kLnWt025, 0, chosen), 1);
-    EXPECT_EQ(current, QStringLiteral("0.25 mm"));
+    EXPECT_EQ(current, "0.25 mm");
     EXPECT_EQ(chosen, OvDb::kLnWt030);
-    EXPECT_EQ(texts.first(), QStringLiteral("Default"));
-    EXPECT_FALSE(texts.contains(QStringLiteral("ByLayer")));
+    EXPECT_EQ(texts.first(), "Default");
+    EXPECT_FALSE(texts.contains("ByLayer"));
     EXPECT_EQ(texts.size(), 25); // Default and the 24 widths
 }
 
 TEST_F(LineWeightDialogTest, ByLayerOfferedWhenAskedAndCancelKeepsTheWeight) {
     QStringList texts;
     whenShown([&](QWidget* dialog) {
-        auto* list = control<QListWidget>(dialog, QStringLiteral("1001"));
+        auto* list = control<QListWidget>(dialog, "1001");
         for (int i = 0; i < list->count(); ++i)
             texts << list->item(i)->text();
         list->scrollToItem(list->item(0));
@@ -151,13 +150,12 @@ TEST_F(LineWeightDialogTest, ByLayerOfferedWhenAskedAndCancelKeepsTheWeight) {
     });
     OvDb::LineWeight chosen = OvDb::kLnWt100;
     ASSERT_EQ(ovedLineWeightDialog(OvDb::kLnWt100, 1, chosen), 1);
-    EXPECT_EQ(texts.mid(0, 3), (QStringList{QStringLiteral("ByLayer"), QStringLiteral("ByBlock"),
-                                            QStringLiteral("Default")}));
+    EXPECT_EQ(texts.mid(0, 3), (QStringList{"ByLayer", "ByBlock", "Default"}));
     EXPECT_EQ(chosen, OvDb::kLnWtByLayer);
 
     whenShown([&](QWidget* dialog) {
-        QTest::keyClick(control(dialog, QStringLiteral("1001")), Qt::Key_Down);
-        click(dialog, QStringLiteral("2"));
+        QTest::keyClick(control(dialog, "1001"), Qt::Key_Down);
+        click(dialog, "2");
     });
     chosen = OvDb::kLnWt100;
     EXPECT_EQ(ovedLineWeightDialog(OvDb::kLnWt050, 1, chosen), 0);

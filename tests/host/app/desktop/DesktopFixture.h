@@ -32,19 +32,17 @@ protected:
             static char name[] = "desktop_test";
             static char* argv[] = {name, nullptr};
             new QApplication(argc, argv);
-            QApplication::setOrganizationName(QStringLiteral("OrvexTest"));
-            QApplication::setApplicationName(QStringLiteral("OrvexTest"));
+            QApplication::setOrganizationName("OrvexTest");
+            QApplication::setApplicationName("OrvexTest");
         }
     }
 
     void SetUp() override {
         ASSERT_TRUE(m_dir.isValid());
         const QDir demo(QStringLiteral(ZEL_DEMO_DIR));
-        QDir(m_dir.path()).mkpath(QStringLiteral("drawings"));
-        for (const QString& file :
-             {QStringLiteral("demo.zpj"), QStringLiteral("demo.db"),
-              QStringLiteral("drawings/demo.dwg"), QStringLiteral("drawings/import.dwg"),
-              QStringLiteral("drawings/template.dwt")})
+        QDir(m_dir.path()).mkpath("drawings");
+        for (const QString file : {"demo.zpj", "demo.db", "drawings/demo.dwg",
+                                   "drawings/import.dwg", "drawings/template.dwt"})
             ASSERT_TRUE(QFile::copy(demo.filePath(file), path(file))) << file.toStdString();
     }
 
@@ -56,7 +54,7 @@ protected:
     // Starts the session on the demo drawing, or on `drawings` when given.
     void start(QStringList drawings = {}) {
         OvDesktopOptions options;
-        options.project = path(QStringLiteral("demo.zpj"));
+        options.project = path("demo.zpj");
         options.drawings = drawings.isEmpty() ? QStringList{demoDrawing()} : drawings;
         const QString bin = QStringLiteral(ORVEX_BIN_DIR);
         m_desktop = std::make_unique<OvDesktop>(bin, bin);
@@ -72,7 +70,7 @@ protected:
     }
 
     QString path(const QString& relative) const { return m_dir.filePath(relative); }
-    QString demoDrawing() const { return path(QStringLiteral("drawings/demo.dwg")); }
+    QString demoDrawing() const { return path("drawings/demo.dwg"); }
     OvMainWindow* window() const { return m_desktop->window(); }
     OvDrawingView* view() const { return window()->activeView(); }
     OvApDocManager* manager() const { return ovDocManagerPtr(); }

@@ -26,15 +26,15 @@ int pixelsOf(const QImage& image, QRgb color) {
 }
 
 TEST(DesktopOnScreen, TheMainWindowDrawsTheDemoDrawing) {
-    const QString xvfb = QStandardPaths::findExecutable(QStringLiteral("xvfb-run"));
-    const QString capture = QStandardPaths::findExecutable(QStringLiteral("import"));
+    const QString xvfb = QStandardPaths::findExecutable("xvfb-run");
+    const QString capture = QStandardPaths::findExecutable("import");
     if (xvfb.isEmpty() || capture.isEmpty())
         GTEST_SKIP() << "xvfb-run or import (imagemagick) is not installed: no screenshot test";
 
     QTemporaryDir dir;
     ASSERT_TRUE(dir.isValid());
-    const QString shot = dir.filePath(QStringLiteral("screen.png"));
-    const QString stop = dir.filePath(QStringLiteral("stop"));
+    const QString shot = dir.filePath("screen.png");
+    const QString stop = dir.filePath("stop");
     const QString demo = QStringLiteral(ZEL_DEMO_DIR);
     // Capture the screen every half second until told to stop; then end orvex.
     const QString script = QStringLiteral(
@@ -45,24 +45,22 @@ TEST(DesktopOnScreen, TheMainWindowDrawsTheDemoDrawing) {
         "done\n"
         "kill $pid 2>/dev/null; wait $pid 2>/dev/null; exit 0\n");
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
-    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), dir.filePath(QStringLiteral("config")));
-    environment.insert(QStringLiteral("ORVEX"), QStringLiteral(ORVEX_PROGRAM));
-    environment.insert(QStringLiteral("SHOT"), shot);
-    environment.insert(QStringLiteral("STOP"), stop);
+    environment.remove("QT_QPA_PLATFORM");
+    environment.insert("XDG_CONFIG_HOME", dir.filePath("config"));
+    environment.insert("ORVEX", QStringLiteral(ORVEX_PROGRAM));
+    environment.insert("SHOT", shot);
+    environment.insert("STOP", stop);
     // The demo drawing is opened for editing: its lock must not stay behind in the build
     // tree, so orvex works on a copy of the project.
-    QDir(dir.path()).mkpath(QStringLiteral("demo/drawings"));
+    QDir(dir.path()).mkpath("demo/drawings");
     for (const char* file : {"demo.zpj", "demo.db", "drawings/demo.dwg", "drawings/import.dwg"})
         QFile::copy(QDir(demo).filePath(QLatin1String(file)),
                     dir.filePath(QStringLiteral("demo/") + QLatin1String(file)));
-    environment.insert(QStringLiteral("DEMO"), dir.filePath(QStringLiteral("demo")));
+    environment.insert("DEMO", dir.filePath("demo"));
 
     QProcess run;
     run.setProcessEnvironment(environment);
-    run.start(xvfb,
-              {QStringLiteral("-a"), QStringLiteral("-s"), QStringLiteral("-screen 0 1280x1024x24"),
-               QStringLiteral("sh"), QStringLiteral("-c"), script});
+    run.start(xvfb, {"-a", "-s", "-screen 0 1280x1024x24", "sh", "-c", script});
     ASSERT_TRUE(run.waitForStarted());
 
     // The red and blue wires of the demo, in their layers' colours on the view's ground.

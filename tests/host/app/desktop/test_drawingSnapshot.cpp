@@ -69,22 +69,22 @@ TEST_F(DrawingSnapshot, LayersCarryTheirLookWireDataAndTheFirstPatternThatCatche
     // '.' catches any non-alphanumeric character, so RD_1.5 also catches RD_1_5; BU* catches
     // its layer without regard to case; "P`#1" escapes its wildcard; two
     // patterns catch nothing.
-    insert(ovdbtest::addBlock(db, QStringLiteral("WD_M")), 0, -20, OvDbObjectId(),
-           QStringLiteral("WIRELAYS"), QStringLiteral("RD_1.5,BU*,ZZ*,P`#1,GN_4"));
+    insert(ovdbtest::addBlock(db, "WD_M"), 0, -20, OvDbObjectId(), "WIRELAYS",
+           "RD_1.5,BU*,ZZ*,P`#1,GN_4");
 
     const OvDrawingSnapshot s(&db);
     EXPECT_TRUE(s.hasWireLayerList());
-    EXPECT_EQ(layer(s, QStringLiteral("RD_1.5")).pattern, QStringLiteral("RD_1.5"));
-    EXPECT_TRUE(layer(s, QStringLiteral("RD_1.5")).wireRecord);
-    EXPECT_TRUE(layer(s, QStringLiteral("RD_1.5")).inUse);
-    EXPECT_EQ(layer(s, QStringLiteral("RD_1_5")).pattern, QStringLiteral("RD_1.5"));
-    EXPECT_EQ(layer(s, QStringLiteral("bu_0.75")).pattern, QStringLiteral("BU*"));
-    EXPECT_EQ(layer(s, QStringLiteral("P#1")).pattern, QStringLiteral("P`#1"));
-    EXPECT_TRUE(layer(s, QStringLiteral("BK_2")).pattern.isEmpty());
-    EXPECT_TRUE(layer(s, QStringLiteral("BK_2")).wireRecord);
-    EXPECT_FALSE(layer(s, QStringLiteral("BK_2")).inUse);
-    EXPECT_EQ(layer(s, QStringLiteral("bu_0.75")).color.rgb(), OvCmColor::rgbOfIndex(5));
-    EXPECT_EQ(s.idlePatterns(), (QStringList{QStringLiteral("ZZ*"), QStringLiteral("GN_4")}));
+    EXPECT_EQ(layer(s, "RD_1.5").pattern, "RD_1.5");
+    EXPECT_TRUE(layer(s, "RD_1.5").wireRecord);
+    EXPECT_TRUE(layer(s, "RD_1.5").inUse);
+    EXPECT_EQ(layer(s, "RD_1_5").pattern, "RD_1.5");
+    EXPECT_EQ(layer(s, "bu_0.75").pattern, "BU*");
+    EXPECT_EQ(layer(s, "P#1").pattern, "P`#1");
+    EXPECT_TRUE(layer(s, "BK_2").pattern.isEmpty());
+    EXPECT_TRUE(layer(s, "BK_2").wireRecord);
+    EXPECT_FALSE(layer(s, "BK_2").inUse);
+    EXPECT_EQ(layer(s, "bu_0.75").color.rgb(), OvCmColor::rgbOfIndex(5));
+    EXPECT_EQ(s.idlePatterns(), (QStringList{"ZZ*", "GN_4"}));
 }
 
 TEST_F(DrawingSnapshot, NegatedListsAndDrawingsWithoutWd_mHaveNoIdlePatterns) {
@@ -94,23 +94,21 @@ TEST_F(DrawingSnapshot, NegatedListsAndDrawingsWithoutWd_mHaveNoIdlePatterns) {
         EXPECT_FALSE(s.hasWireLayerList());
         EXPECT_TRUE(s.idlePatterns().isEmpty());
     }
-    insert(ovdbtest::addBlock(db, QStringLiteral("WD_M")), 0, 0, OvDbObjectId(),
-           QStringLiteral("WIRELAYS"), QStringLiteral("~RD*"));
+    insert(ovdbtest::addBlock(db, "WD_M"), 0, 0, OvDbObjectId(), "WIRELAYS", "~RD*");
     const OvDrawingSnapshot s(&db);
-    EXPECT_TRUE(layer(s, QStringLiteral("RD_1")).pattern.isEmpty());
-    EXPECT_EQ(layer(s, QStringLiteral("0")).pattern, QStringLiteral("~RD*"));
+    EXPECT_TRUE(layer(s, "RD_1").pattern.isEmpty());
+    EXPECT_EQ(layer(s, "0").pattern, "~RD*");
     EXPECT_TRUE(s.idlePatterns().isEmpty());
 }
 
 TEST_F(DrawingSnapshot, BlockLinesAreDrawnAtTheReferenceOnItsLayerAndPickTheReference) {
     const OvDbObjectId red = addLayer(L"RED", 1);
     const OvDbObjectId blue = addLayer(L"BLUE", 5);
-    const OvDbObjectId symbol = ovdbtest::addBlock(db, QStringLiteral("SYMBOL"));
+    const OvDbObjectId symbol = ovdbtest::addBlock(db, "SYMBOL");
     // On layer 0, a new drawing's current layer, a line takes the reference's; BLUE stays.
     addLine(symbol, 0, 0, 4, 0, OvDbObjectId());
     addLine(symbol, 0, 0, 0, 4, blue);
-    const OvDbObjectId reference =
-        insert(symbol, 100, 50, red, QStringLiteral("TAG"), QStringLiteral("K1"));
+    const OvDbObjectId reference = insert(symbol, 100, 50, red, "TAG", "K1");
 
     const OvDrawingSnapshot s(&db);
     ASSERT_EQ(s.segments().size(), 2u);
@@ -119,10 +117,10 @@ TEST_F(DrawingSnapshot, BlockLinesAreDrawnAtTheReferenceOnItsLayerAndPickTheRefe
         EXPECT_EQ(segment.entity, reference);
         drawn.insert({segment.layer, segment.line.x2() + segment.line.y2()});
     }
-    EXPECT_TRUE(drawn.count({s.layerIndex(QStringLiteral("RED")), 104.0 + 50.0}));
-    EXPECT_TRUE(drawn.count({s.layerIndex(QStringLiteral("BLUE")), 100.0 + 54.0}));
+    EXPECT_TRUE(drawn.count({s.layerIndex("RED"), 104.0 + 50.0}));
+    EXPECT_TRUE(drawn.count({s.layerIndex("BLUE"), 100.0 + 54.0}));
     ASSERT_EQ(s.texts().size(), 1u);
-    EXPECT_EQ(s.texts().front().text, QStringLiteral("K1"));
+    EXPECT_EQ(s.texts().front().text, "K1");
     EXPECT_EQ(s.pick(QPointF(102, 50.2), 0.5), reference);
 }
 
@@ -156,8 +154,7 @@ TEST_F(DrawingSnapshot, TheGridFindsEachItemOnceAndPicksTheNearestLine) {
 }
 
 TEST_F(DrawingSnapshot, SplitsPatternListsAtUnescapedCommas) {
-    EXPECT_EQ(OvDrawingSnapshot::splitPatterns(QStringLiteral("A*,B`,C,,D ")),
-              (QStringList{QStringLiteral("A*"), QStringLiteral("B`,C"), QStringLiteral("D ")}));
+    EXPECT_EQ(OvDrawingSnapshot::splitPatterns("A*,B`,C,,D "), (QStringList{"A*", "B`,C", "D "}));
     EXPECT_TRUE(OvDrawingSnapshot::splitPatterns(QString()).isEmpty());
 }
 
