@@ -14,14 +14,7 @@
 #include <QFile>
 
 using WireTypeSelDlgTest = ZelUiTest;
-
-namespace {
-
-QString resultText(const resbuf* result) {
-    return ovcore::lisp::toLispNotation(result);
-}
-
-} // namespace
+using ovcore::lisp::toLispNotation;
 
 TEST_F(WireTypeSelDlgTest,
        OkMakesTheChoiceCurrentOnlyWhenAskedChangeWiresNeverSetOnlyOffersNoChange) {
@@ -31,7 +24,6 @@ TEST_F(WireTypeSelDlgTest,
 
     // Change wires with "make current" on: the answer says so, the drawing is left alone.
     int result = runSelDialog([&] {
-        EXPECT_EQ(selDialog().windowTitle(), moduleString(104));
         EXPECT_FALSE(selDialog().IsDlgItemVisible(1032)) << "no default is set here";
         clickCell(2, 5);
         clickControl(1020);
@@ -39,7 +31,7 @@ TEST_F(WireTypeSelDlgTest,
         clickButton(1014);
     });
     EXPECT_EQ(result, platform::TemplateDialog::IDOK);
-    EXPECT_EQ(resultText(selDialog().GetResult()), R"(("RED_1" "1" "1" "1" "1"))");
+    EXPECT_EQ(toLispNotation(selDialog().GetResult()), R"(("RED_1" "1" "1" "1" "1"))");
     EXPECT_EQ(clayerName(database), before);
 
     result = runSelDialog([&] {
@@ -48,7 +40,7 @@ TEST_F(WireTypeSelDlgTest,
         clickButton(1);
     });
     EXPECT_EQ(result, platform::TemplateDialog::IDOK);
-    EXPECT_EQ(resultText(selDialog().GetResult()), R"(("RED_1" "1" "0" "1" "0"))");
+    EXPECT_EQ(toLispNotation(selDialog().GetResult()), R"(("RED_1" "1" "0" "1" "0"))");
     EXPECT_EQ(clayerName(database), "RED_1");
     EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
 
@@ -62,7 +54,7 @@ TEST_F(WireTypeSelDlgTest,
         },
         true);
     EXPECT_EQ(result, platform::TemplateDialog::IDOK);
-    EXPECT_EQ(resultText(selDialog().GetResult()), R"(("BLUE_1" "0" "0" "1" "0"))");
+    EXPECT_EQ(toLispNotation(selDialog().GetResult()), R"(("BLUE_1" "0" "0" "1" "0"))");
 }
 
 TEST_F(WireTypeSelDlgTest, CopyGoesToTheCopyFileAndCancelAfterADeleteKeepsTheLayer) {

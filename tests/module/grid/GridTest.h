@@ -22,8 +22,8 @@ protected:
     }
 
     // Opens the dialog over the current drawing; the grid loads its wire types.
-    GridTestOwner& openOwner(bool makeAllValid = false, bool editMode = true) {
-        m_owner = std::make_unique<GridTestOwner>(makeAllValid, editMode);
+    GridTestOwner& openOwner(bool editMode = true) {
+        m_owner = std::make_unique<GridTestOwner>(editMode);
         EXPECT_TRUE(m_owner->openGrid());
         EXPECT_TRUE(QTest::qWaitForWindowExposed(m_owner.get()));
         QApplication::setActiveWindow(m_owner.get());

@@ -12,23 +12,18 @@
 
 using namespace zelgrid;
 
-GridTestOwner::GridTestOwner(bool makeAllValid, bool editMode)
-    : platform::TemplateDialog(101), m_makeAllValid(makeAllValid), m_editMode(editMode) {}
+GridTestOwner::GridTestOwner(bool editMode) : platform::TemplateDialog(101), m_editMode(editMode) {}
 
 bool GridTestOwner::openGrid() {
     const ResourceOverride resources;
     if (!Create())
         return false;
     SetDlgItemText(1019, QStringLiteral("%C_%S"));
-    CheckDlgButton(1027, m_makeAllValid ? 1 : 0);
     if (!AttachGrid(&m_grid, 1002))
         return false;
     m_grid.Initialize();
-    m_grid.SetMakeAllValidWire(m_makeAllValid);
     m_grid.InitGrid(this, false, m_editMode);
     m_grid.GetParam()->EnableMoveRows(true);
-    if (m_makeAllValid && m_grid.GetWireTypeRows() > 0)
-        m_grid.RemoveRows(1, m_grid.GetWireTypeRows());
     resize(1100, 600);
     show();
     activateWindow();
@@ -73,16 +68,6 @@ bool GridTestOwner::OnCommand(int id) {
             m_grid.RemoveRow(static_cast<int>(*it), true);
         const int last = std::min(static_cast<int>(rows.back()), m_grid.GetWireTypeRows());
         platform::PostMessage(&m_grid, WM_WTG_GOTOCELL, static_cast<quintptr>(last), 5);
-        return true;
-    }
-    if (id == 1027) {
-        int row = 0;
-        int col = 0;
-        m_grid.GetCurrentCell(row, col);
-        platform::PostMessage(&m_grid, WM_WTG_GOTOCELL, static_cast<quintptr>(row), col);
-        if (IsDlgButtonChecked(1027) != 1)
-            m_grid.ResetAllValid(false);
-        EnableDlgItem(1);
         return true;
     }
     if (id == 40043) {

@@ -5,13 +5,12 @@
 #include "platform/TemplateDialog.h"
 
 // A dialog of template 101 that owns a wire type grid the way the edit dialog does: the
-// grid in place of 1002, the format in 1019, the make-all-valid box 1027, OK running the
-// commit, Remove (1026) keeping the layers, Ctrl+V pasting, 40039 opening the current
-// cell in a drawing of the project. Tests work it with input
-// events only.
+// grid in place of 1002, the format in 1019, OK running the commit, Remove (1026) keeping
+// the layers, Ctrl+V pasting, 40043 opening a name, 40039 opening the current cell in a
+// drawing of the project. Tests work it with input events only.
 class GridTestOwner : public platform::TemplateDialog {
 public:
-    explicit GridTestOwner(bool makeAllValid = false, bool editMode = true);
+    explicit GridTestOwner(bool editMode = true);
 
     ZelWTGrid& grid() { return m_grid; }
     // Builds the dialog and the grid and shows it, without a modal loop.
@@ -27,7 +26,6 @@ public:
 
 private:
     ZelWTGrid m_grid;
-    bool m_makeAllValid;
     bool m_editMode;
     int m_lastCommit = -1;
     bool m_closed = false;

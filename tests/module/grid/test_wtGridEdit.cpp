@@ -59,7 +59,7 @@ TEST_F(GridEditTest, TypedColourAndSizeNameANewRowOnlyUntilTheDrafterNamesIt) {
 }
 
 TEST_F(GridEditTest, EmptyingALoadedNameIsRefusedAndTheCursorGoesBack) {
-    OvDbDatabase* database = wireTypeDrawing({"W_A", "W_B"});
+    wireTypeDrawing({"W_A", "W_B"});
     openOwner();
     ASSERT_EQ(gridNames(), QStringList({"W_A", "W_B"}));
 
@@ -78,12 +78,6 @@ TEST_F(GridEditTest, EmptyingALoadedNameIsRefusedAndTheCursorGoesBack) {
     // The record takes the empty name, so that a commit stops at it as well.
     ASSERT_NE(rowRecord(2), nullptr);
     EXPECT_EQ(rowRecord(2)->layerName, "");
-
-    messages().clearShown();
-    clickButton(1);
-    EXPECT_FALSE(owner().closed());
-    EXPECT_FALSE(messages().shownTexts().empty());
-    EXPECT_FALSE(layerId(database, "W_B").isNull()) << "nothing was renamed in the drawing";
 }
 
 TEST_F(GridEditTest, ARemovedRowRevivedByItsNameKeepsItsKeyAndCommitsAsAnEdit) {

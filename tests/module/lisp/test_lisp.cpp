@@ -64,22 +64,20 @@ protected:
     }
 };
 
-TEST_F(LispTest, TheCurrentWireTypeOfABareDrawingIsMadeOnce) {
-    OvDbDatabase* database = makeDrawing({}, QString());
+TEST_F(LispTest, TheCurrentWireTypeIsMadeOnceOrRepaired) {
+    OvDbDatabase* bare = makeDrawing({}, QString(), "bare.dwg");
     clearOutput();
     EXPECT_EQ(lisp("(zel_get_current_wiretype)"), "\"WIRES\"");
-    EXPECT_TRUE(layerId(database, "WIRES").isValid());
-    EXPECT_EQ(currentRecord(database), "WIRES|WIRES||0");
+    EXPECT_TRUE(layerId(bare, "WIRES").isValid());
+    EXPECT_EQ(currentRecord(bare), "WIRES|WIRES||0");
     const QString made = platform::formatText(moduleString(155), "WIRES");
     EXPECT_EQ(output().count(made), 1) << output().toStdString();
     EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
-
     clearOutput();
     EXPECT_EQ(lisp("(zel_get_current_wiretype)"), "\"WIRES\"");
     EXPECT_FALSE(output().contains(made)) << output().toStdString();
-}
 
-TEST_F(LispTest, TheCurrentWireTypeIsRepairedWhenItsLayerIsGoneOrNotAWireType) {
+    // A current layer that is gone takes the first wire layer.
     OvDbDatabase* database = makeDrawing({"RED_1", "PLAIN"}, "RED*");
     setCurrentRecord(database, "GONE", "GONE");
     EXPECT_EQ(lisp("(zel_get_current_wiretype)"), "\"RED_1\"");
@@ -106,18 +104,27 @@ TEST_F(LispTest, TheCurrentWireTypeIsRepairedWhenItsLayerIsGoneOrNotAWireType) {
     EXPECT_EQ(currentRecord(other), "WIRES|WIRES||0");
 }
 
-TEST_F(LispTest, TheDefaultWireTypeIsTheFirstOfTheRecordOrEmpty) {
+TEST_F(LispTest, TheDefaultWireTypeIsTheFirstOfTheRecordOrAnyExistingLayerSet) {
     // Outside the module's resources the default wire type has no name, so nothing is made.
     OvDbDatabase* bare = makeDrawing({}, QString());
     EXPECT_EQ(lisp("(zel_get_default_wiretype)"), "\"\"");
     EXPECT_FALSE(layerId(bare, "WIRES").isValid());
     EXPECT_EQ(currentRecord(bare), "none");
 
-    OvDbDatabase* database = makeDrawing({"RED_1", "RED_2"}, "RED*", "second.dwg");
+    OvDbDatabase* database = makeDrawing({"RED_1", "RED_2", "PLAIN"}, "RED*", "second.dwg");
+    ZelWireTypeRec::m_nKey = 4;
+    EXPECT_EQ(lisp("(zel_set_default_wiretype \"NOPE\")"), "nil");
+    EXPECT_EQ(currentRecord(database), "none") << "nothing is written";
+    EXPECT_EQ(ZelWireTypeRec::m_nKey, 4);
+
     EXPECT_EQ(lisp("(zel_get_default_wiretype)"), "\"RED_1\"");
     EXPECT_EQ(currentRecord(database), "RED_1|RED_1||0");
     setCurrentRecord(database, "RED_2", "RED_1");
     EXPECT_EQ(lisp("(zel_get_default_wiretype)"), "\"RED_2\"");
+
+    EXPECT_EQ(lisp("(zel_set_default_wiretype \"plain\")"), "\"plain\"");
+    EXPECT_EQ(currentRecord(database), "plain|RED_1||0");
+    EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
 }
 
 TEST_F(LispTest, TheSettingsAreThreeListsOfTheColumnNames) {
@@ -173,7 +180,7 @@ TEST_F(LispTest, TheReadingFunctionsAnswerForThisOrAnotherDrawing) {
     EXPECT_EQ(lisp("(zel_get_dwg_wiretype_settings \"RED_2\")"),
               "((1 . \"RED\") (2 . \"2.5\") (3 . \"WIRE\") (90 . 3) (290 . 0))");
     EXPECT_EQ(lisp("(zel_get_dwg_wiretype_settings \"red_1\")"), kListedRecord);
-    EXPECT_EQ(lisp("(zel_get_dwg_wiretype_settings \"BLUE_2\" \"" + other + "\")"), kListedRecord);
+    EXPECT_EQ(lisp("(zel_get_dwg_wiretype_settings \"blue_2\" \"" + other + "\")"), kListedRecord);
     EXPECT_EQ(lisp("(zel_get_dwg_wiretype_settings \"PLAIN\")"), "nil");
     EXPECT_EQ(lisp("(zel_get_dwg_wiretype_settings \"NOPE\")"), "nil");
     EXPECT_EQ(lisp("(zel_get_dwg_wiretype_settings \"GREEN\" \"" + other + "\")"), "nil");
@@ -310,49 +317,22 @@ TEST_F(LispTest, EditSetsPropertiesByNameOrAlias) {
 }
 
 TEST_F(LispTest, RemoveTakesTheWireTypeAndLeavesTheLayer) {
-    OvDbDatabase* database = makeDrawing({"RED_1", "BLUE_1"}, "RED*,BLU*");
+    OvDbDatabase* database = makeDrawing({"RED_1", "BLUE_1", "GRN_1"}, "RED*,BLU*,GRN*");
     lisp("(zel_edit_wiretype \"RED_1\" \"Wire Size\" \"1\")");
     ASSERT_FALSE(wireRecord(database, "RED_1").isEmpty());
+    EXPECT_EQ(lisp("(zel_remove_wiretype \"blue_1\")"), "nil");
+    EXPECT_EQ(wireLays(), "RED*,GRN*");
     EXPECT_EQ(lisp("(zel_remove_wiretype \"RED_1\")"), "nil");
     EXPECT_TRUE(wireRecord(database, "RED_1").isEmpty());
     EXPECT_TRUE(layerId(database, "RED_1").isValid());
-    EXPECT_EQ(wireLays(), ",BLU*") << "the comma after a first token stays";
+    EXPECT_EQ(wireLays(), ",GRN*") << "the comma after a first token stays";
     EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
 
     EXPECT_EQ(lisp("(zel_remove_wiretype \"NOPE\")"), "nil");
-    EXPECT_EQ(wireLays(), ",BLU*");
+    EXPECT_EQ(wireLays(), ",GRN*");
 }
 
-TEST_F(LispTest, SetCurrentTakesAnyLayerElseTheFirstWireLayer) {
-    OvDbDatabase* database = makeDrawing({"RED_1", "RED_2", "PLAIN"}, "RED*");
-    setCurrentRecord(database, "RED_2", "RED_2", true);
-    EXPECT_EQ(lisp("(zel_set_current_wiretype \"plain\")"), "\"plain\"");
-    EXPECT_EQ(currentRecord(database), "RED_2|plain||1");
-    EXPECT_EQ(lisp("(zel_set_current_wiretype \"NOPE\")"), "\"RED_1\"");
-    EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
-
-    // Without wire types or record, the default wire type is made and the request dropped.
-    OvDbDatabase* bare = makeDrawing({"PLAIN"}, QString(), "bare.dwg");
-    clearOutput();
-    EXPECT_EQ(lisp("(zel_set_current_wiretype \"PLAIN\")"), "\"WIRES\"");
-    const ResourceOverride resources;
-    EXPECT_TRUE(output().contains(platform::loadString(156))) << output().toStdString();
-    EXPECT_EQ(currentRecord(bare), "WIRES|WIRES||0");
-}
-
-TEST_F(LispTest, SetDefaultTakesAnyExistingLayer) {
-    OvDbDatabase* database = makeDrawing({"RED_1", "PLAIN"}, "RED*");
-    ZelWireTypeRec::m_nKey = 4;
-    EXPECT_EQ(lisp("(zel_set_default_wiretype \"NOPE\")"), "nil");
-    EXPECT_EQ(currentRecord(database), "none") << "nothing is written";
-    EXPECT_EQ(ZelWireTypeRec::m_nKey, 4);
-
-    EXPECT_EQ(lisp("(zel_set_default_wiretype \"plain\")"), "\"plain\"");
-    EXPECT_EQ(currentRecord(database), "plain|RED_1||0");
-    EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
-}
-
-TEST_F(LispTest, ResetFollowsTheDrawingsWireLayer) {
+TEST_F(LispTest, ResetFollowsTheDrawingsWireLayerAndSetTakesAnyLayer) {
     OvDbDatabase* database = makeDrawing({"RED_1", "RED_2", "PLAIN"}, "RED*");
     setCurrentRecord(database, "RED_1", "RED_1");
     ASSERT_EQ(database->setClayer(layerId(database, "RED_2")), Orvex::eOk);
@@ -368,6 +348,21 @@ TEST_F(LispTest, ResetFollowsTheDrawingsWireLayer) {
     EXPECT_EQ(lisp("(zel_reset_current_wiretype)"), "\"RED_1\"");
     EXPECT_EQ(currentRecord(database), "GONE|RED_1||0");
     EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
+
+    // Set takes any layer, else the first wire layer, and keeps the rest of the record.
+    setCurrentRecord(database, "RED_2", "RED_2", true);
+    EXPECT_EQ(lisp("(zel_set_current_wiretype \"plain\")"), "\"plain\"");
+    EXPECT_EQ(currentRecord(database), "RED_2|plain||1");
+    EXPECT_EQ(lisp("(zel_set_current_wiretype \"NOPE\")"), "\"RED_1\"");
+    EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
+
+    // Without wire types or record, the default wire type is made and the request dropped.
+    OvDbDatabase* bare = makeDrawing({"PLAIN"}, QString(), "bare.dwg");
+    clearOutput();
+    EXPECT_EQ(lisp("(zel_set_current_wiretype \"PLAIN\")"), "\"WIRES\"");
+    const ResourceOverride resources;
+    EXPECT_TRUE(output().contains(platform::loadString(156))) << output().toStdString();
+    EXPECT_EQ(currentRecord(bare), "WIRES|WIRES||0");
 }
 
 } // namespace

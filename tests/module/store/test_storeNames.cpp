@@ -52,36 +52,24 @@ TEST(StoreNames, CharactersOfOneFoldingHaveOneLengthAndMatchAsQtMatchesThem) {
 }
 
 TEST(StoreNames, TrickyNamesAnswerAsQtDoes) {
-    // Folding that crosses into ASCII, full foldings that change the length, pairs of
-    // surrogates that share their first half, lone halves, and ASCII neighbours of letters.
+    // Lone halves of surrogate pairs, and a capital whose lower case is two code units; every
+    // other tricky character is in the random alphabet below.
     const QStringList names = {
-        "WIRE_K",
-        "wire_k",
-        QString::fromUtf8("WIRE_\u212A"),
-        "WIRE_S",
-        QString::fromUtf8("wire_\u017F"),
-        QString::fromUtf8("STRASSE"),
-        QString::fromUtf8("stra\u00DFe"),
-        QString::fromUtf8("\U00010400A"),
-        QString::fromUtf8("\U00010428a"),
-        QString::fromUtf8("\U00010401a"),
         QString(QChar(0xD801)) + "A",
         QString(QChar(0xDC00)) + "a",
-        "@[`{",
-        "`{@[",
-        "A",
-        "",
-        QString::fromUtf8("\u03A3\u03C3\u03C2"),
-        QString::fromUtf8("\u03C3\u03C2\u03A3"),
+        QString::fromUtf8("\U00010401a"),
         QString::fromUtf8("\u0130"),
         "i",
+        "",
     };
     for (const QString& a : names) {
         for (const QString& b : names)
             EXPECT_EQ(sameName(a, b), qtSame(a, b)) << a.toStdString() << " / " << b.toStdString();
     }
 
-    // Random names over a small alphabet of such characters, most of equal length.
+    // Random names over a small alphabet of such characters, most of equal length: foldings
+    // that cross into ASCII or change the length, surrogate pairs that share their first
+    // half, and ASCII neighbours of letters.
     const std::vector<char32_t> alphabet = {
         'a',    'A', 'z',   'Z', '_',   '@',   '`',   '[',     '{',     '0',    0xE9, 0xC9,
         0x212A, 'k', 0x17F, 's', 0x3A3, 0x3C2, 0x3C3, 0x10400, 0x10428, 0x1E9E, 0xDF};

@@ -42,6 +42,9 @@ TEST_F(StoreTest, APatternCatchesTheNewLayerAndNoOther) {
         {"", "#ABX", "#ABC", "#ABX,`#ABC*"},
         // A name without them keeps today's pattern, a '.' included.
         {"", "", "A.B_1", "A.B*"},
+        // Beyond the 16-bit range a character takes two code units; the third one of "AB😀C"
+        // is the first half of the face, and a pattern never ends in it.
+        {"ABC", "", "AB\U0001F600C", "AB\U0001F600*"},
     };
     for (const PatternCase& c : cases) {
         SCOPED_TRACE(c.name);
@@ -49,25 +52,13 @@ TEST_F(StoreTest, APatternCatchesTheNewLayerAndNoOther) {
         ZelWireTypeRec store;
         for (const QString& other : QString::fromLatin1(c.nonWire).split(u',', Qt::SkipEmptyParts))
             store.AddToNonWireLayers(other);
-        EXPECT_TRUE(store.AddtoWd_m(QString::fromLatin1(c.name), false));
-        EXPECT_EQ(wireLays(), c.after);
-        EXPECT_EQ(store.IsInWd_m(QString::fromLatin1(c.name)), c.catchesName);
+        EXPECT_TRUE(store.AddtoWd_m(QString::fromUtf8(c.name), false));
+        EXPECT_EQ(wireLays(), QString::fromUtf8(c.after));
+        EXPECT_EQ(store.IsInWd_m(QString::fromUtf8(c.name)), c.catchesName);
         for (const char* other : {"1A-X", "XYZ", "ZZZ"})
             EXPECT_FALSE(store.IsInWd_m(QString::fromLatin1(other))) << other;
         closeAllDocuments();
     }
-}
-
-TEST_F(StoreTest, APatternNeverEndsInHalfACharacter) {
-    // Beyond the 16-bit range a character takes two code units; the third one of "AB😀C"
-    // is the first half of the face.
-    const QString name = QStringLiteral("AB\U0001F600C");
-    makeDrawing({"ABC"}, QString());
-    ZelWireTypeRec store;
-    EXPECT_TRUE(store.AddtoWd_m(name, false));
-    EXPECT_EQ(wireLays(), QStringLiteral("AB\U0001F600*"));
-    EXPECT_TRUE(store.IsInWd_m(name));
-    EXPECT_FALSE(store.IsInWd_m("ABC"));
 }
 
 TEST_F(StoreTest, TheListStopsGrowingAt256Characters) {
@@ -89,23 +80,18 @@ TEST_F(StoreTest, ResetBlanksTheListAndADrawingWithoutWdmRefuses) {
     store.GetNonWireLayers(nonWire);
     EXPECT_TRUE(nonWire.empty());
 
-    makeDrawing({}, std::nullopt, "nowdm.dwg");
+    OvDbDatabase* database = makeDrawing({}, std::nullopt, "nowdm.dwg");
     ZelWireTypeRec without;
     EXPECT_FALSE(without.AddtoWd_m("RED", false));
     EXPECT_FALSE(without.IsInWd_m("RED"));
     QString pattern;
     EXPECT_FALSE(without.GetWd_mLayerName("RED", pattern));
     EXPECT_FALSE(without.RegenWd_m());
-}
-
-TEST_F(StoreTest, RemovingAPatternKeepsTheCommaOfAFirstToken) {
-    for (const auto& [name, after] : {std::pair{"apple", ",B*"}, {"BANANA", "A*"}}) {
-        makeDrawing({}, QStringLiteral("A*,B*"), QString::fromLatin1(name) + ".dwg");
-        ZelWireTypeRec store;
-        EXPECT_FALSE(store.RemoveFrmWd_m(name)) << "false tells that a pattern went";
-        EXPECT_EQ(wireLays(), after);
-        EXPECT_TRUE(store.RemoveFrmWd_m("CHERRY")) << "not listed: nothing to do";
-    }
+    // A wire type added there fails at the list, yet layer, map and record stay.
+    EXPECT_EQ(addWireType(without, "W1"), Orvex::eWireTypeNotApplied);
+    EXPECT_TRUE(layerId(database, "W1").isValid());
+    EXPECT_TRUE(without.IsWireLayer("W1"));
+    EXPECT_FALSE(wireRecord(database, "W1").isEmpty());
 }
 
 TEST_F(StoreTest, APatternStillNeededByALiveWireTypeStays) {
@@ -132,23 +118,24 @@ TEST_F(StoreTest, RegenKeepsTheShorterOfOverlappingPatterns) {
     EXPECT_TRUE(wireLays().isEmpty());
 }
 
-TEST_F(StoreTest, TheWorkingDrawingAndAnotherAreAskedAlike) {
-    OvDbDatabase* other = makeDrawing({"RED_1"}, QStringLiteral("RED*,BLU*"), "other.dwg");
-    OvDbDatabase* empty = makeDrawing({}, QString(), "empty.dwg");
-    makeDrawing({}, QString());
+// The list of another drawing is read by the LISP functions; here the two odd answers of
+// the working drawing's.
+TEST_F(StoreTest, MakeAllValidWireTakesEveryLayerOfTheWorkingDrawingOnly) {
+    OvDbDatabase* other = makeDrawing({"A", "B"}, QString(), "other.dwg");
+    makeDrawing({"A", "B"}, QString());
     ZelWireTypeRec store;
-    EXPECT_TRUE(store.IsInOtherDrawingWd_m("blue_2", other));
-    EXPECT_FALSE(store.IsInOtherDrawingWd_m("GREEN", other));
-    EXPECT_FALSE(store.IsInOtherDrawingWd_m("ANY", nullptr));
-
     EXPECT_FALSE(store.IsInWd_m("ANY"));
     QString pattern = "untouched";
     EXPECT_TRUE(store.GetWd_mLayerName("ANY", pattern)) << "an empty list answers true";
     EXPECT_EQ(pattern, "untouched");
-    // makeAllValidWire lists every layer of the working drawing, and only there.
-    store.SetCurWireLayerXrec("", "", "", true);
+
+    store.SetCurWireLayerXrec("A", "A", "", true);
     EXPECT_TRUE(store.IsInWd_m("ANY"));
-    EXPECT_FALSE(store.IsInOtherDrawingWd_m("ANY", empty));
+    EXPECT_EQ(layerNames(store.GetCurDwgWireTypeInfo()), QStringList({"0", "A", "B"}));
+    EXPECT_FALSE(store.IsInOtherDrawingWd_m("A", other));
+    std::map<int, WireLayerRec*> records;
+    EXPECT_TRUE(store.GetDwgWireTypeInfo("other.dwg", other, records));
+    EXPECT_TRUE(records.empty());
 }
 
 } // namespace

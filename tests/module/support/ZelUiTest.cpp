@@ -24,20 +24,6 @@
 
 namespace {
 
-// Notes each dialog of the module as it is shown.
-class ShowCounter : public QObject {
-public:
-    explicit ShowCounter(QList<const QObject*>& openings) : m_list(openings) {}
-    bool eventFilter(QObject* watched, QEvent* event) override {
-        if (event->type() == QEvent::Show && qobject_cast<platform::TemplateDialog*>(watched))
-            m_list.push_back(watched);
-        return false;
-    }
-
-private:
-    QList<const QObject*>& m_list;
-};
-
 // Where a keyboard's keys go: the widget with the focus, else the window being worked.
 QWidget* keyTarget() {
     QWidget* target = QApplication::focusWidget();
@@ -73,7 +59,7 @@ void ZelUiTest::TearDown() {
 }
 
 OvDbDatabase* ZelUiTest::wireTypeDrawing(const QStringList& names, const WireTypeDrawing& how) {
-    OvDbDatabase* database = makeDrawing(QStringList{"PLAIN"} + how.plainLayers, QString());
+    OvDbDatabase* database = makeDrawing(QStringList{"PLAIN"}, QString());
     ZelWireTypeRec store;
     std::vector<QString> propNames;
     store.GetUsrPropNames(propNames);
@@ -186,8 +172,6 @@ int ZelUiTest::runSelDialog(const std::function<void()>& script, bool setOnly) {
 
 QString ZelUiTest::runWith(const QString& expression, std::deque<Step> steps) {
     m_openings.clear();
-    ShowCounter counter(m_openings);
-    qApp->installEventFilter(&counter);
     bool leftOver = false;
     QTimer driver;
     driver.setInterval(20);
@@ -202,6 +186,7 @@ QString ZelUiTest::runWith(const QString& expression, std::deque<Step> steps) {
         }
         Step step = std::move(steps.front());
         steps.pop_front();
+        m_openings.push_back(dialog);
         m_active = dialog;
         m_grid = dynamic_cast<ZelWTGrid*>(dialog->GetDlgItem(1002));
         QApplication::setActiveWindow(dialog);
@@ -211,7 +196,6 @@ QString ZelUiTest::runWith(const QString& expression, std::deque<Step> steps) {
     driver.start();
     const ovcore::lisp::EvalResult result = ovcore::lisp::evalString(expression);
     driver.stop();
-    qApp->removeEventFilter(&counter);
     m_active = nullptr;
     EXPECT_TRUE(result.ok) << result.error.toStdString();
     EXPECT_FALSE(leftOver) << "a dialog was left open";

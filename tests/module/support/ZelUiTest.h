@@ -25,7 +25,6 @@ class GridWindow;
 
 // How ZelUiTest::wireTypeDrawing builds its drawing.
 struct WireTypeDrawing {
-    QStringList plainLayers = {};     // beside PLAIN
     std::vector<QString> values = {}; // user property values of every wire type
     std::vector<int> gridRows = {};   // stored rows, in the order of the names (0 when fewer)
     bool lookFromNames = false;       // "RED_1.5" is colour RED and size 1.5
@@ -116,7 +115,7 @@ public:
 protected:
     OvDbObjectId m_plainLine;
     QMap<QString, OvDbObjectId> m_lines;
-    // The dialog of each opening by runWith, in order: the same object when one reopens.
+    // The dialog each step of runWith worked, in order: the same object when one reopens.
     QList<const QObject*> m_openings;
     platform::TemplateDialog* m_active = nullptr;
     ZelWTGrid* m_grid = nullptr;
