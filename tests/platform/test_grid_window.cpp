@@ -175,11 +175,19 @@ TEST_F(GridWindowTest, TheReadOnlyLockKeepsCodeAndPeopleOffReadOnlyCells) {
     EXPECT_TRUE(grid->SetValueRange(GridRange(1, 1), "by code"));
     EXPECT_EQ(grid->GetValueRowCol(1, 1), "by code");
 
-    // A static cell shows its text but takes none from the keyboard.
+    // A static cell shows its text but takes none from the keyboard; a drop-down list
+    // takes the choice that the typed letter starts.
     grid->SetStyleRange(GridRange(1, 2), CellStyle().setControl(CellStyle::Control::Static));
+    grid->SetStyleRange(
+        GridRange(1, 3),
+        CellStyle().setControl(CellStyle::Control::DropDownList).setChoices({"Yes", "No"}));
     clickCell(grid.get(), 1, 2);
     type("q");
     EXPECT_EQ(grid->GetValueRowCol(1, 2), "both");
+    clickCell(grid.get(), 1, 3);
+    type("N");
+    key(Qt::Key_Tab);
+    EXPECT_EQ(grid->GetValueRowCol(1, 3), "No");
 }
 
 // Painting rows lays only what the paint sets: a cell keeps its own control, lock, choices
@@ -345,22 +353,6 @@ TEST_F(GridWindowTest, DraggingAColumnEdgeAsksFirstAndTellsTheWidth) {
     EXPECT_EQ(grid->GetColWidth(1), 120);
     EXPECT_EQ(grid->GetColWidth(2), 90);
     EXPECT_EQ(grid->log, (std::vector<QString>{"track 1", "tracked 1 120", "track 2"}));
-}
-
-TEST_F(GridWindowTest, EnterFollowsTheEnterKeyActionAndDropDownListsOfferTheirChoices) {
-    grid->GetParam()->SetEnterKeyAction(GridWindow::Right);
-    grid->SetStyleRange(
-        GridRange(1, 2),
-        CellStyle().setControl(CellStyle::Control::DropDownList).setChoices({"Yes", "No"}));
-    clickCell(grid.get(), 1, 1);
-    key(Qt::Key_Return);
-    EXPECT_EQ(current(), std::make_pair(1, 2));
-    grid->log.clear();
-    type("N");
-    key(Qt::Key_Return, Qt::ShiftModifier);
-    EXPECT_EQ(grid->GetValueRowCol(1, 2), "No");
-    EXPECT_EQ(current(), std::make_pair(1, 1));
-    EXPECT_EQ(grid->log, (std::vector<QString>{"modify 1,2", "left 1,2>1,1 [No]"}));
 }
 
 } // namespace

@@ -91,39 +91,9 @@ TEST_F(QvxBlockRef, ALiveDocumentIsReadAndWrittenInPlaceInTheSpaceSet) {
     EXPECT_EQ(ovDocManagerPtr()->documentCount(), 1) << "the helper must not close the document";
 }
 
-TEST_F(QvxBlockRef, AFileIsReadIntoASideDatabaseThatIsNeverSaved) {
-    const QString file = path("other.dwg");
-    {
-        OvDbDatabase database(true, true);
-        addReference(&database, kWdm, {{kWireLays, "A*,B*"}});
-        ASSERT_EQ(database.saveAs(wide(file).c_str()), Orvex::eOk);
-    }
-    OvDbDatabase* working = savedDocument("working.dwg", "W*")->database();
-    for (int round = 0; round < 2; ++round) {
-        ZelQvxBlockRef ref;
-        ASSERT_TRUE(ref.open(file, 32, false)) << ref.lastError().toStdString();
-        EXPECT_FALSE(ref.isLiveDocument());
-        ASSERT_TRUE(ref.find(kWdm, 0, 0));
-        EXPECT_EQ(read(ref, kWireLays), "A*,B*") << "the file on disk is as it was";
-        EXPECT_TRUE(ref.setAttributeTextString(kWireLays, "C*", true));
-        EXPECT_EQ(read(ref, kWireLays), "C*");
-    }
-    EXPECT_FALSE(working->isModified());
-
-    // A path that is neither document nor drawing fails the open, and ends an earlier one.
-    writeFile("notes.dwg", "not a drawing");
-    ZelQvxBlockRef ref;
-    ASSERT_TRUE(ref.open(file, 32, false));
-    ASSERT_TRUE(ref.find(kWdm, 0, 0));
-    for (const QString& bad : {path("missing.dwg"), path("notes.dwg"), m_temp.path(), QString()}) {
-        EXPECT_FALSE(ref.open(bad, 32, false)) << bad.toStdString();
-        EXPECT_FALSE(ref.lastError().isEmpty());
-        EXPECT_FALSE(ref.find(kWdm, 0, 0));
-        EXPECT_EQ(read(ref, kWireLays), "-");
-    }
-}
-
-TEST_F(QvxBlockRef, AFileReadBeforeIsReachedAgainUntilItChangesOnDisk) {
+// A file that is no open document is read into a side database, shared while the file is
+// unchanged on disk; a write goes to the writer's own copy, which is never saved.
+TEST_F(QvxBlockRef, AFileIsReadIntoASideDatabaseSharedUntilItChangesOnDisk) {
     const QString file = path("shared.dwg");
     auto save = [&](const QString& wireLays) {
         OvDbDatabase database(true, true);
@@ -131,8 +101,10 @@ TEST_F(QvxBlockRef, AFileReadBeforeIsReachedAgainUntilItChangesOnDisk) {
         ASSERT_EQ(database.saveAs(wide(file).c_str()), Orvex::eOk);
     };
     save("A*");
+    OvDbDatabase* working = savedDocument("working.dwg", "W*")->database();
     ZelQvxBlockRef first;
-    ASSERT_TRUE(first.open(file, 32, false));
+    ASSERT_TRUE(first.open(file, 32, false)) << first.lastError().toStdString();
+    EXPECT_FALSE(first.isLiveDocument());
     OvDbDatabase* shared = first.database();
     ZelQvxBlockRef second;
     ASSERT_TRUE(second.open(m_temp.path() + "/./shared.dwg", 32, false));
@@ -143,12 +115,13 @@ TEST_F(QvxBlockRef, AFileReadBeforeIsReachedAgainUntilItChangesOnDisk) {
     ASSERT_TRUE(second.setAttributeTextString(kWireLays, "C*", true));
     EXPECT_NE(second.database(), shared);
     EXPECT_EQ(read(second, kWireLays), "C*");
+    EXPECT_FALSE(working->isModified());
     ASSERT_TRUE(first.find(kWdm, 0, 0));
     EXPECT_EQ(read(first, kWireLays), "A*");
     {
         ZelQvxBlockRef third;
         ASSERT_TRUE(third.open(file, 32, false));
-        EXPECT_EQ(third.database(), shared);
+        EXPECT_EQ(third.database(), shared) << "the file on disk is as it was";
     }
 
     // The file changes on disk: the next open reads it again, while a helper that holds
@@ -164,10 +137,15 @@ TEST_F(QvxBlockRef, AFileReadBeforeIsReachedAgainUntilItChangesOnDisk) {
     ASSERT_TRUE(first.open(file, 32, false));
     EXPECT_EQ(first.database(), fourth.database());
 
-    // A file that is no longer a drawing is refused, not served from what was read.
+    // A path that is neither document nor drawing fails the open, and ends an earlier one;
+    // a file that is no longer a drawing is not served from what was read.
     writeFile("shared.dwg", "not a drawing any more");
-    ZelQvxBlockRef fifth;
-    EXPECT_FALSE(fifth.open(file, 32, false));
+    for (const QString& bad : {file, path("missing.dwg"), m_temp.path(), QString()}) {
+        EXPECT_FALSE(fourth.open(bad, 32, false)) << bad.toStdString();
+        EXPECT_FALSE(fourth.lastError().isEmpty());
+        EXPECT_FALSE(fourth.find(kWdm, 0, 0));
+        EXPECT_EQ(read(fourth, kWireLays), "-");
+    }
 }
 
 TEST_F(QvxBlockRef, AReferenceBusyErasedOrOfAClosedDocumentIsNotReached) {

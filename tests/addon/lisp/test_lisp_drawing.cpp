@@ -40,7 +40,17 @@ protected:
     }
 };
 
-TEST_F(LispDrawing, ReadDwgParamsSeesAChangedWirelaysAfterTheReread) {
+TEST_F(LispDrawing, DwgParamsComeFromTheWdmBlockAndARereadSeesAChangedWirelays) {
+    // A drawing without WD_M reads as nil; others are read by path.
+    ASSERT_TRUE(openWithAddon());
+    EXPECT_EQ(call(L"wd_cfg_read_dwg_params"), "nil");
+    EXPECT_EQ(symbol(L"GBL_wd_m"), "nil");
+    EXPECT_EQ(symbol(L"GBL_wd_wirelays"), "nil");
+    EXPECT_EQ(call(L"zel_wd_m_attributes", RTSTR, wide(copyDemo("import.dwg")).c_str()),
+              R"((("WIRELAYS" . "BK*,BN*,GY*,OG*,WH*") ("SHEET" . "2") ("UNIT_SCL" . "1.0")))");
+    EXPECT_EQ(call(L"zel_wd_m_attributes", RTSTR, L"/no/such/drawing.dwg"), "nil");
+    EXPECT_TRUE(output().contains("zel_wd_m_attributes:")) << output().toStdString();
+
     const QString drawing = copyDemo("demo.dwg");
     ASSERT_TRUE(openWithAddon(drawing));
     EXPECT_EQ(call(L"wd_cfg_read_dwg_params"), "T");
@@ -54,18 +64,6 @@ TEST_F(LispDrawing, ReadDwgParamsSeesAChangedWirelaysAfterTheReread) {
     ASSERT_TRUE(wdm.setAttributeTextString("WIRELAYS", "BK*,WIR*", true));
     EXPECT_EQ(call(L"c:wd_reread_dwg_params"), "T");
     EXPECT_EQ(symbol(L"GBL_wd_wirelays"), R"("BK*,WIR*")");
-}
-
-TEST_F(LispDrawing, ADrawingWithoutWdmReadsAsNilAndOthersAreReadByPath) {
-    ASSERT_TRUE(openWithAddon());
-    EXPECT_EQ(call(L"wd_cfg_read_dwg_params"), "nil");
-    EXPECT_EQ(symbol(L"GBL_wd_m"), "nil");
-    EXPECT_EQ(symbol(L"GBL_wd_wirelays"), "nil");
-
-    EXPECT_EQ(call(L"zel_wd_m_attributes", RTSTR, wide(copyDemo("import.dwg")).c_str()),
-              R"((("WIRELAYS" . "BK*,BN*,GY*,OG*,WH*") ("SHEET" . "2") ("UNIT_SCL" . "1.0")))");
-    EXPECT_EQ(call(L"zel_wd_m_attributes", RTSTR, L"/no/such/drawing.dwg"), "nil");
-    EXPECT_TRUE(output().contains("zel_wd_m_attributes:")) << output().toStdString();
 }
 
 TEST_F(LispDrawing, OnlyLocksOfOtherLiveProcessesHoldADrawingAndAreRemovedOnRequest) {

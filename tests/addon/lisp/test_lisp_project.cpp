@@ -12,20 +12,16 @@ protected:
         AddonTest::SetUp();
         startHost();
     }
-    // A project of two drawings with setting 33.
-    QString writeProject(const QString& name) {
-        return writeFile(name, R"({"format": "zel-project", "version": 1,
-                      "drawings": ["a.dwg", "sub/b.dwg"], "settings": {"33": "Insulation,Size"}})");
-    }
     void activate(OvApDocument* doc) {
         ASSERT_EQ(ovDocManagerPtr()->activateDocument(doc), Orvex::eOk);
     }
 };
 
-TEST_F(LispProject, OpenAndCloseThroughLispKeepEveryDocumentInStep) {
+TEST_F(LispProject, OpenAndCloseThroughLispOrOutsideKeepEveryDocumentInStep) {
     OvApDocument* first = openWithAddon();
     OvApDocument* second = openWithAddon();
-    const QString project = writeProject("test.zpj");
+    const QString project = writeFile("test.zpj", R"({"format": "zel-project", "version": 1,
+                      "drawings": ["a.dwg", "sub/b.dwg"], "settings": {"33": "Insulation,Size"}})");
     EXPECT_EQ(symbol(L"GBL_wd_prj"), "nil");
 
     EXPECT_EQ(call(L"zel_project_open", RTSTR, wide(project).c_str()), "T");
@@ -55,20 +51,16 @@ TEST_F(LispProject, OpenAndCloseThroughLispKeepEveryDocumentInStep) {
         << output().toStdString();
     EXPECT_EQ(symbol(L"GBL_wd_prj"), "nil");
     EXPECT_EQ(call(L"zel_project_active"), "nil");
-}
 
-TEST_F(LispProject, AProjectOpenedOutsideLispReachesDocumentsWhenTheyComeUp) {
-    OvApDocument* first = openWithAddon();
-    const QString project = writeProject("test.zpj");
+    // A project opened outside LISP reaches a document opened afterwards from its
+    // drawing-load message, and one that was open all along when it becomes current again.
     ASSERT_TRUE(GetProjectManager()->openProject(project));
-    // A document opened afterwards has it from its drawing-load message...
-    OvApDocument* second = openWithAddon();
+    OvApDocument* third = openWithAddon();
     EXPECT_EQ(symbol(L"GBL_wd_prj"), quoted(project));
-    // ...and one that was open all along when it becomes current again.
     activate(first);
     EXPECT_EQ(symbol(L"GBL_wd_prj"), quoted(project));
     GetProjectManager()->closeProject();
-    activate(second);
+    activate(third);
     EXPECT_EQ(symbol(L"GBL_wd_prj"), "nil");
 }
 
