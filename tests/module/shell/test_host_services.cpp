@@ -45,7 +45,6 @@ protected:
     }
     void setAnswer(const QString& lisp) { evalLisp(QStringLiteral("(set! answer %1)").arg(lisp)); }
     QString calls() { return evalLisp(QStringLiteral("calls")).value; }
-    void clearCalls() { evalLisp(QStringLiteral("(set! calls '())")); }
 };
 
 TEST_F(HostServicesTest, WithoutAnActiveDocumentTheLispServicesCallNothing) {
