@@ -34,7 +34,7 @@ protected:
     }
 };
 
-TEST_F(CadDrawing, LayersAndLinesReadBackAsTheyWereMade) {
+TEST_F(CadDrawing, LayersAndLinesReadBackAsTheyWereMadeAndInTableOrder) {
     eval("(setvar \"DBMOD\" 0)");
     EXPECT_EQ(eval("(entmake '((0 . \"LAYER\") (2 . \"RED_1.5\") (62 . 1) (6 . \"DASHED\") "
                    "(370 . 50)))"),
@@ -44,26 +44,39 @@ TEST_F(CadDrawing, LayersAndLinesReadBackAsTheyWereMade) {
     EXPECT_EQ(eval("(tblsearch \"layer\" \"red_1.5\")"),
               "((0 . \"LAYER\") (2 . \"RED_1.5\") (70 . 0) (62 . 1) (6 . \"DASHED\") (370 . 50))");
     EXPECT_EQ(eval("(cdr (assoc 62 (tblsearch \"LAYER\" \"HIDDEN\")))"), "-3");
-    EXPECT_EQ(eval("(cdr (assoc 70 (tblsearch \"LAYER\" \"HIDDEN\")))"), "4");
 
     // Integers in a point are taken as CAD LISP scripts write them; an unknown layer is made.
     eval("(setq ln (entmakex '((0 . \"LINE\") (8 . \"WIRES\") (10 0 0 0) (11 10.5 2.0) "
          "(62 . 5))))");
     EXPECT_EQ(eval("(equal (entlast) ln)"), "T");
-    EXPECT_EQ(eval("(equal (cdr (assoc -1 (entget ln))) ln)"), "T");
     const QString data = eval("(cdr (entget ln))");
     for (const char* group :
          {"(0 . \"LINE\")", "(8 . \"WIRES\")", "(62 . 5)", "(10 0.0 0.0 0.0) (11 10.5 2.0 0.0)"})
         EXPECT_TRUE(data.contains(group)) << data.toStdString();
-    EXPECT_EQ(eval("(cdr (assoc 0 (tblsearch \"LAYER\" \"WIRES\")))"), "\"LAYER\"");
     // A line on the current layer, by layer, carries no colour group.
     eval("(entmake '((0 . \"LINE\") (10 1.0 1.0 0.0) (11 2.0 2.0 0.0)))");
     EXPECT_EQ(eval("(cdr (assoc 8 (entget (entlast))))"), "\"0\"");
     EXPECT_EQ(eval("(assoc 62 (entget (entlast)))"), "nil");
     EXPECT_NE(eval("(getvar \"DBMOD\")"), "0");
+
+    // layer-list and the walks follow the tables. tblsearch with its third argument sets where
+    // the walk goes on; past the end the walk gives nil until T starts it again.
+    EXPECT_EQ(eval("(layer-list)"), "(\"0\" \"RED_1.5\" \"HIDDEN\" \"WIRES\")");
+    eval("(tblsearch \"LAYER\" \"HIDDEN\" T)");
+    EXPECT_EQ(eval("(cdr (assoc 2 (tblnext \"LAYER\")))"), "\"WIRES\"");
+    EXPECT_EQ(eval("(tblnext \"LAYER\")"), "nil");
+    EXPECT_EQ(eval("(cdr (assoc 2 (tblnext \"LAYER\" T)))"), "\"0\"");
+    // Each table keeps its own place; the spaces are not blocks of the walk.
+    EXPECT_EQ(eval("(cdr (assoc 2 (tblnext \"LTYPE\" T)))"), "\"ByBlock\"");
+    EXPECT_EQ(eval("(tblnext \"BLOCK\" T)"), "nil");
+    eval("(entmake '((0 . \"INSERT\") (2 . \"FRAME\") (10 0.0 0.0 0.0)))");
+    EXPECT_EQ(eval("(cdr (assoc 2 (tblnext \"BLOCK\" T)))"), "\"FRAME\"");
+    EXPECT_EQ(eval("(tblsearch \"BLOCK\" \"*Model_Space\")"), "nil");
+    const QString dashed = eval("(tblsearch \"LTYPE\" \"DASHED\")");
+    EXPECT_TRUE(dashed.contains("(73 . 2)") && dashed.contains("(49 . ")) << dashed.toStdString();
 }
 
-TEST_F(CadDrawing, InsertWithAttributesIsCollectedUntilSeqend) {
+TEST_F(CadDrawing, InsertWithAttributesIsCollectedUntilSeqendAndErasedWithThem) {
     eval("(entmake '((0 . \"LINE\") (10 0.0 0.0 0.0) (11 1.0 0.0 0.0)))");
     eval("(setq before (entlast))");
     EXPECT_EQ(eval("(entmake '((0 . \"INSERT\") (2 . \"WD_M\") (8 . \"TITLE\") (66 . 1) "
@@ -92,6 +105,21 @@ TEST_F(CadDrawing, InsertWithAttributesIsCollectedUntilSeqend) {
     EXPECT_EQ(groups("a2", "2 1 8 10"), "(\"DWGNO\" \"7\" \"TEXT\" (1.0 1.0 0.0))");
     eval("(setq se (entnext a2))");
     EXPECT_EQ(eval("(equal (cdr (assoc -2 (entget se))) ins)"), "T");
+
+    // entdel erases the INSERT with its attributes; a second entdel brings them all back.
+    EXPECT_EQ(eval("(equal (entdel ins) ins)"), "T");
+    EXPECT_EQ(eval("(equal (entlast) before)"), "T");
+    EXPECT_EQ(eval("(entnext before)"), "nil");
+    EXPECT_TRUE(printed("(entget ins)").contains("is erased"));
+    EXPECT_EQ(eval("(entget a1)"), "nil");
+    eval("(entdel ins)");
+    EXPECT_EQ(eval("(equal (entlast) ins)"), "T");
+    EXPECT_EQ(groups("a1", "1"), "(\"RED*,BLU*\")");
+    eval("(entdel before)");
+    EXPECT_EQ(eval("(equal (entnext) ins)"), "T");
+    expectRefused({{"(entdel a1)", "an ATTRIB goes with its INSERT"},
+                   {"(entdel se)", "a SEQEND goes with its INSERT"},
+                   {"(entdel (namedobjdict))", "is not an entity"}});
 }
 
 TEST_F(CadDrawing, XrecordInALayersExtensionDictionary) {
@@ -109,7 +137,6 @@ TEST_F(CadDrawing, XrecordInALayersExtensionDictionary) {
     eval("(setq lay (tblobjname \"LAYER\" \"red\"))");
     EXPECT_EQ(eval("(orvex-xdictionary lay)"), "nil");
     eval("(setq xd (orvex-xdictionary lay T))");
-    EXPECT_EQ(eval("(equal (orvex-xdictionary lay) xd)"), "T");
     EXPECT_EQ(eval("(equal (orvex-xdictionary lay T) xd)"), "T");
     eval("(dictadd xd \"ZEL_WIRETYPE\" xr)");
 
@@ -130,7 +157,6 @@ TEST_F(CadDrawing, XrecordInALayersExtensionDictionary) {
     EXPECT_EQ(eval("(equal (cdr (assoc -1 (dictnext xd))) copy)"), "T");
     EXPECT_EQ(eval("(dictnext xd)"), "nil");
     EXPECT_EQ(eval("(equal (dictremove xd \"SECOND\") copy)"), "T");
-    EXPECT_EQ(eval("(dictsearch xd \"SECOND\")"), "nil");
     EXPECT_EQ(eval("(dictremove xd \"SECOND\")"), "nil");
     EXPECT_EQ(groups("copy", "0 330"), "(\"XRECORD\" nil)");
 
@@ -150,53 +176,7 @@ TEST_F(CadDrawing, XrecordInALayersExtensionDictionary) {
     EXPECT_EQ(eval("(getvar \"DBMOD\")"), "0");
 }
 
-TEST_F(CadDrawing, TableWalksFollowTheTablesAndRewind) {
-    eval("(entmake '((0 . \"LAYER\") (2 . \"A\")))");
-    eval("(entmake '((0 . \"LAYER\") (2 . \"B\")))");
-    EXPECT_EQ(eval("(layer-list)"), "(\"0\" \"A\" \"B\")");
-    // tblsearch with its third argument sets where the walk goes on; past the end the walk
-    // gives nil until T starts it again.
-    eval("(tblsearch \"LAYER\" \"A\" T)");
-    EXPECT_EQ(eval("(cdr (assoc 2 (tblnext \"LAYER\")))"), "\"B\"");
-    EXPECT_EQ(eval("(tblnext \"LAYER\")"), "nil");
-    EXPECT_EQ(eval("(cdr (assoc 2 (tblnext \"LAYER\" T)))"), "\"0\"");
-    // Each table keeps its own place; the spaces are not blocks of the walk.
-    EXPECT_EQ(eval("(cdr (assoc 2 (tblnext \"LTYPE\" T)))"), "\"ByBlock\"");
-    EXPECT_EQ(eval("(tblnext \"BLOCK\" T)"), "nil");
-    eval("(entmake '((0 . \"INSERT\") (2 . \"FRAME\") (10 0.0 0.0 0.0)))");
-    EXPECT_EQ(eval("(cdr (assoc 2 (tblnext \"BLOCK\" T)))"), "\"FRAME\"");
-    EXPECT_EQ(eval("(tblsearch \"BLOCK\" \"*Model_Space\")"), "nil");
-    const QString dashed = eval("(tblsearch \"LTYPE\" \"DASHED\")");
-    EXPECT_TRUE(dashed.contains("(73 . 2)") && dashed.contains("(49 . ")) << dashed.toStdString();
-}
-
-TEST_F(CadDrawing, EntdelErasesAndBringsBack) {
-    eval("(entmake '((0 . \"LINE\") (10 0.0 0.0 0.0) (11 1.0 0.0 0.0)))");
-    eval("(setq ln (entlast))");
-    eval("(entmake '((0 . \"INSERT\") (2 . \"WD_M\") (66 . 1) (10 0.0 0.0 0.0)))"
-         "(entmake '((0 . \"ATTRIB\") (2 . \"T\") (1 . \"x\")))(entmake '((0 . \"SEQEND\")))");
-    eval("(setq ins (entlast) att (entnext ins))");
-
-    EXPECT_EQ(eval("(equal (entdel ins) ins)"), "T");
-    EXPECT_EQ(eval("(equal (entlast) ln)"), "T");
-    EXPECT_EQ(eval("(entnext ln)"), "nil");
-    EXPECT_TRUE(printed("(entget ins)").contains("is erased"));
-    // The attributes went with their INSERT.
-    EXPECT_EQ(eval("(entget att)"), "nil");
-
-    eval("(entdel ins)");
-    EXPECT_EQ(eval("(equal (entlast) ins)"), "T");
-    EXPECT_EQ(groups("att", "1"), "(\"x\")");
-
-    eval("(entdel ln)");
-    EXPECT_EQ(eval("(equal (entnext) ins)"), "T");
-    expectRefused({{"(entdel att)", "an ATTRIB goes with its INSERT"},
-                   {"(entdel (entnext att))", "a SEQEND goes with its INSERT"},
-                   {"(entdel (namedobjdict))", "is not an entity"}});
-}
-
 TEST_F(CadDrawing, SystemVariables) {
-    EXPECT_EQ(eval("(getvar \"CLAYER\")"), "\"0\"");
     eval("(entmake '((0 . \"LAYER\") (2 . \"WIRES\")))");
     EXPECT_EQ(eval("(setvar \"clayer\" \"wires\")"), "\"wires\"");
     EXPECT_EQ(eval("(getvar \"CLAYER\")"), "\"WIRES\"");
@@ -225,7 +205,7 @@ TEST_F(CadDrawing, SystemVariables) {
                    {"(getvar \"NOSUCHVAR\")", "there is no system variable \"NOSUCHVAR\""}});
 }
 
-TEST_F(CadDrawing, BadDataIsRefusedAndChangesNothing) {
+TEST_F(CadDrawing, BadDataNamesAndArgumentsAreRefusedAndChangeNothing) {
     const Snapshot before = snapshot();
     expectRefused({
         {"(entmake '((0 . \"LINE\") (10 0.0 0.0 0.0)))", "(11 x y z) is missing"},
@@ -262,29 +242,8 @@ TEST_F(CadDrawing, BadDataIsRefusedAndChangesNothing) {
     EXPECT_TRUE(out.contains("the INSERT of block \"WD_M\" is dropped")) << out.toStdString();
     EXPECT_EQ(eval("(cdr (assoc 0 (entget (entlast))))"), "\"LINE\"");
     EXPECT_EQ(eval("(tblsearch \"BLOCK\" \"WD_M\")"), "nil");
-}
 
-TEST_F(CadDrawing, ATextHoldingANulIsRefusedNotCutShort) {
-    eval("(setq nul (string (integer->char 0)))");
-    eval("(entmake '((0 . \"LAYER\") (2 . \"BU\")))");
-    const Snapshot before = snapshot();
-    const char* const nulText = "a text holding a NUL character";
-    expectRefused({
-        {"(entmake (list '(0 . \"LAYER\") (cons 2 (string-append \"BU\" nul \"x\"))))", nulText},
-        {"(entmake (list '(0 . \"LINE\") (cons 8 (string-append \"BU\" nul)) '(10 0 0 0) "
-         "'(11 1 1 1)))",
-         nulText},
-        {"(setvar (string-append \"CLAYER\" nul \"junk\") \"BU\")", "setvar: bad argument"},
-        {"(setvar \"CLAYER\" (string-append \"BU\" nul))", nulText},
-        {"(tblsearch \"LAYER\" (string-append \"BU\" nul \"junk\"))", nulText},
-        {"(dictremove (namedobjdict) (string-append \"ZEL\" nul))", nulText},
-    });
-    expectUnchanged(before);
-    EXPECT_EQ(eval("(getvar \"CLAYER\")"), "\"0\"");
-}
-
-TEST_F(CadDrawing, BadNamesAndArgumentsAnswerNil) {
-    eval("(entmake '((0 . \"LINE\") (10 0.0 0.0 0.0) (11 1.0 0.0 0.0)))");
+    // Bad names and arguments answer nil and say why; that line serves as a good name.
     eval("(setq ln (entlast))");
     // A name of a drawing that is gone, and one of no object.
     eval("(setq ghost (make-entity-name 999999 42) stray (make-entity-name "
@@ -308,17 +267,35 @@ TEST_F(CadDrawing, BadNamesAndArgumentsAnswerNil) {
     eval("(setq inner (entmakex '((0 . \"DICTIONARY\"))))");
     eval("(dictadd d \"INNER\" inner)");
     expectRefused("(dictadd inner \"D\" d)", "holds the dictionary itself");
+
+    // An INSERT collected in one drawing takes no ATTRIB made while another is current.
+    eval("(entmake '((0 . \"INSERT\") (2 . \"WD_M\") (66 . 1) (10 0.0 0.0 0.0)))");
+    OvApDocument* next = newDocument();
+    ASSERT_EQ(OvDbHostApplicationServices::getRefPtr()->workingDatabase(), next->database());
+    const QString other = printed("(entmake '((0 . \"ATTRIB\") (2 . \"T\") (1 . \"x\")))");
+    EXPECT_TRUE(other.contains("another drawing is current") &&
+                other.contains("ATTRIB without an INSERT"))
+        << other.toStdString();
+    EXPECT_EQ(eval("(entlast)"), "nil");
 }
 
-TEST_F(CadDrawing, ACollectedInsertBelongsToItsDrawing) {
-    eval("(entmake '((0 . \"INSERT\") (2 . \"WD_M\") (66 . 1) (10 0.0 0.0 0.0)))");
-    OvApDocument* other = newDocument();
-    ASSERT_EQ(OvDbHostApplicationServices::getRefPtr()->workingDatabase(), other->database());
-    const QString out = printed("(entmake '((0 . \"ATTRIB\") (2 . \"T\") (1 . \"x\")))");
-    EXPECT_TRUE(out.contains("another drawing is current") &&
-                out.contains("ATTRIB without an INSERT"))
-        << out.toStdString();
-    EXPECT_EQ(eval("(entlast)"), "nil");
+TEST_F(CadDrawing, ATextHoldingANulIsRefusedNotCutShort) {
+    eval("(setq nul (string (integer->char 0)))");
+    eval("(entmake '((0 . \"LAYER\") (2 . \"BU\")))");
+    const Snapshot before = snapshot();
+    const char* const nulText = "a text holding a NUL character";
+    expectRefused({
+        {"(entmake (list '(0 . \"LAYER\") (cons 2 (string-append \"BU\" nul \"x\"))))", nulText},
+        {"(entmake (list '(0 . \"LINE\") (cons 8 (string-append \"BU\" nul)) '(10 0 0 0) "
+         "'(11 1 1 1)))",
+         nulText},
+        {"(setvar (string-append \"CLAYER\" nul \"junk\") \"BU\")", "setvar: bad argument"},
+        {"(setvar \"CLAYER\" (string-append \"BU\" nul))", nulText},
+        {"(tblsearch \"LAYER\" (string-append \"BU\" nul \"junk\"))", nulText},
+        {"(dictremove (namedobjdict) (string-append \"ZEL\" nul))", nulText},
+    });
+    expectUnchanged(before);
+    EXPECT_EQ(eval("(getvar \"CLAYER\")"), "\"0\"");
 }
 
 } // namespace

@@ -46,30 +46,21 @@ TEST_F(LispLibrary, NumbersAreThirtyTwoBitIntegersOrReals) {
         {"(/ 5)", "5"},
         {"(rem -7 2)", "-1"},
         {"(rem 7.5 2)", "1.5"},
-        {"(gcd 81 57)", "3"},
         {"(lsh 1 31)", "-2147483648"},
         {"(lsh -1 -28)", "15"},
         {"(lsh 1 32)", "0"},
         {"(boole 6 12 10)", "6"},
         {"(boole 7 12 10)", "14"},
-        {"(~ 0)", "-1"},
-        {"(logand 7 12)", "4"},
-        {"(logior 1 2 4)", "7"},
-        {"(zerop 0.0)", "T"},
-        {"(minusp -0.5)", "T"},
-        {"(numberp \"2\")", "nil"},
         {"(fix -2.7)", "-2"},
         {"(fix 3e9)", "3.0e+09"},
         {"(max 1 2.0)", "2.0"},
         {"(expt 2 10)", "1024"},
         {"(expt 2 -1)", "0"},
         {"(expt 2.0 -1)", "0.5"},
-        {"(sqrt 16)", "4.0"},
         {"(abs -2147483648)", "-2147483648"},
         {"(< 1 2 3)", "T"},
         {"(< 1 3 2)", "nil"},
         {"(>= \"b\" \"a\")", "T"},
-        {"(atan 1.0 0)", "1.5708"},
     });
     expectErrors({
         {"(/ 1 0)", "divide by zero"},
@@ -85,11 +76,8 @@ TEST_F(LispLibrary, NumbersAreThirtyTwoBitIntegersOrReals) {
 TEST_F(LispLibrary, TextsCodesWildcardsAndUnitModes) {
     expectValues({
         {"(ascii \"Ü\")", "220"},
-        {"(ascii \"\")", "0"},
         {"(chr 8364)", "\"€\""},
-        {"(chr 0)", "\"\""},
         {"(wcmatch \"RED_2.5\" \"RED*,BLU*\")", "T"},
-        {"(snvalid \"RED_1\")", "T"},
         {"(snvalid \"\")", "nil"},
         {"(snvalid \"X|Y\")", "nil"},
         {"(snvalid \"X|Y\" 1)", "T"},
@@ -107,14 +95,12 @@ TEST_F(LispLibrary, TextsCodesWildcardsAndUnitModes) {
         {"(rtos 15.5 5 2)", "\"15 1/2\""},
         {"(rtos 2 2 8)", "\"2.00000000\""},
         {"(distof \"1'-3 1/2\\\"\" 4)", "15.5"},
-        {"(distof \"2'\" 3)", "24.0"},
         {"(distof \"15 1/2\" 5)", "15.5"},
         {"(distof \"-2.5e1\")", "-25.0"},
         {"(distof \"\")", "nil"},
         {"(distof \"1/0\" 5)", "nil"},
         {"(angtos (/ pi 4))", "\"45\""},
         {"(angtos (- (/ pi 2)) 0 0)", "\"270\""},
-        {"(angtos (* 2 pi) 0 1)", "\"0.0\""},
         {"(angtos 0.5 1 4)", "\"28d38'52\\\"\""},
         {"(angtos pi 2 1)", "\"200.0g\""},
         {"(angtos 1 3 3)", "\"1.000r\""},
@@ -126,7 +112,6 @@ TEST_F(LispLibrary, TextsCodesWildcardsAndUnitModes) {
         {"(angtof \"N 45d E\" 4)", "0.785398"},
         {"(angtof \"W\" 4)", "3.14159"},
         {"(angtof \"north\" 4)", "nil"},
-        {"(read \"(1 \\\"a\\\" b)\")", "(1 \"a\" b)"},
         {"(read \"\")", "nil"},
     });
     expectErrors({
@@ -153,10 +138,8 @@ TEST_F(LispLibrary, ListsAndSymbolsAreSafeOnCircularLists) {
         {"bset", "5"},
         {"(apply '+ '(1 2 3))", "6"},
         {"(apply 'list nil)", "nil"},
-        {"(length nil)", "0"},
         {"(member 2 '(1 2 3))", "(2 3)"},
         {"(assoc 2 '((1 . a) (2 . b)))", "(2 . b)"},
-        {"(append '(1) nil '(2 3))", "(1 2 3)"},
         // A list that is shared, not circular, is fine.
         {"(progn (setq shared '(a b)) (subst 'z 'a (list shared shared)))", "((z b) (z b))"},
     });
@@ -187,10 +170,8 @@ TEST_F(LispLibrary, ListsAndSymbolsAreSafeOnCircularLists) {
 
 TEST_F(LispLibrary, Geometry) {
     expectValues({
-        {"(polar '(1 1) 0 10)", "(11.0 1.0)"},
         {"(polar '(0 0 5) (/ pi 2) 2)", "(1.22465e-16 2.0 5.0)"},
         {"(distance '(0 0) '(3 4))", "5.0"},
-        {"(distance '(0 0 0) '(1 2 2))", "3.0"},
         {"(distance '(0 0) '(3 4 12))", "5.0"},
         {"(angle '(0 0) '(0 -1))", "4.71239"},
         {"(angle '(1 1) '(1 1))", "0.0"},
@@ -204,7 +185,7 @@ TEST_F(LispLibrary, Geometry) {
     expectErrors({{"(polar '(0) 0 1)", "polar"}});
 }
 
-TEST_F(LispLibrary, SsgetFiltersAFewHundredEntities) {
+TEST_F(LispLibrary, SelectionSetsOfAFewHundredEntitiesAndOfPicks) {
     // 200 lines on RED_1 (every fourth in colour 3), 100 on BLUE_2 in colour 5, running
     // from x 0 to x i; and 20 inserts of block B on RED_1.
     eval(QStringLiteral(
@@ -261,14 +242,9 @@ TEST_F(LispLibrary, SsgetFiltersAFewHundredEntities) {
         {"(ssget \"W\" '(0 0))", "two corner points"},
         {"(ssget \"X\" 5)", "not a filter list"},
     });
-}
-
-TEST_F(LispLibrary, SelectionSetsAndInteractivePicks) {
-    eval(QStringLiteral("(repeat 3 (entmake '((0 . \"LINE\") (10 0 0 0) (11 1 0 0))))"));
+    // Sets built by hand, of the first two lines and the last insert.
     eval(QStringLiteral("(setq a (entnext) b (entnext a) c (entlast))"));
     expectValues({
-        {"(type (ssadd))", "PICKSET"},
-        {"(sslength (ssadd))", "0"},
         {"(setq s (ssadd a))", "<Selection set: 1>"},
         {"(sslength (ssadd b s))", "2"},
         {"(sslength (ssadd b s))", "2"},
@@ -430,6 +406,7 @@ TEST_F(LispLibrary, FilesSettingsAndVersion) {
     expectValues({
         {"(findfile \"wires.txt\")", "nil"},
         {"(findfile \"\")", "nil"},
+        {"(wcmatch (ver) \"Orvex LISP #*\")", "T"},
     });
     {
         QSettings store(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("Orvex"),
@@ -450,7 +427,6 @@ TEST_F(LispLibrary, FilesSettingsAndVersion) {
          QStringLiteral("\"%1/work/out.txt\"").arg(folder).toUtf8().constData()},
         {"(setq f (open path \"r\"))",
          QStringLiteral("#<file \"%1/work/out.txt\">").arg(folder).toUtf8().constData()},
-        {"(type f)", "FILE"},
         {"(read-line f)", "\"Größe\""},
         {"(read-char f)", "65"},
         {"(read-char f)", "122"},
@@ -461,14 +437,12 @@ TEST_F(LispLibrary, FilesSettingsAndVersion) {
         {"(progn (setq f (open (findfile \"wires.txt\") \"r\")) (list (read-line f) (read-line "
          "f)))",
          "(\"one\" \"two\")"},
-        {"(open \"/no/such/folder/x.txt\" \"w\")", "nil"},
         {"(open \"missing.txt\" \"r\")", "nil"},
         {"(getcfg \"AppData/Zel/Unset\")", "nil"},
         {"(setcfg \"AppData/Zel/Last\" \"RED_1\")", "\"RED_1\""},
         {"(getcfg \"AppData/Zel/Last\")", "\"RED_1\""},
         {"(setcfg \"AppData/Zel/Last\" \"\")", "\"\""},
         {"(getcfg \"AppData/Zel/Last\")", "\"\""},
-        {"(wcmatch (ver) \"Orvex LISP #*\")", "T"},
         // The settings store lives in the test folder too.
         {"(vl-directory-files \"..\" \"*\" 1)", "(\"Orvex\" \"support\" \"work\")"},
         {"(vl-directory-files \"../support\" \"*.TXT\" -1)", "(\"wires.txt\")"},

