@@ -23,8 +23,47 @@
 
 using EditWTDlgTest = ZelUiTest;
 
-TEST_F(EditWTDlgTest, KeysAndCancelAskOnlyAfterChangesNoLeavesTheDrawingAsItWasYesCommits) {
+TEST_F(EditWTDlgTest, ColourKeysAndCancelAskOnlyAfterChangesNoLeavesTheDrawingAsItWasYesCommits) {
     wireTypeDrawing({"BLUE_1", "GRN_1", "RED_1", "YEL_1"}, {.saved = true});
+    // Three selected rows take the one colour chosen.
+    const auto colourOf = [&](const char* name) {
+        return evalLisp(QStringLiteral("(cdr (assoc 62 (tblsearch \"LAYER\" \"%1\")))").arg(name))
+            .value.toInt();
+    };
+    const int yellow = colourOf("YEL_1");
+    // Clicks a swatch of the host's picker, then OK (1) or Cancel (2); tells the colour the
+    // picker opened on.
+    QString openedOn;
+    const auto pick = [&](int colour, const char* button) {
+        whenModal([&openedOn, colour, button](QWidget* picker) {
+            openedOn = picker->findChild<QLineEdit*>("1001")->text();
+            QTest::mouseClick(picker->findChild<QWidget*>("color-" + QString::number(colour)),
+                              Qt::LeftButton);
+            QTest::mouseClick(picker->findChild<QAbstractButton*>(button), Qt::LeftButton);
+        });
+        clickButton(1012);
+    };
+    runEditDialog([&] {
+        // The first row gets a colour of its own, so that the picker has one to open on.
+        clickCell(1, 5);
+        pick(5, "1");
+        ASSERT_TRUE(modalSeen());
+
+        clickRowHeader(1);
+        clickRowHeader(3, Qt::ShiftModifier);
+        pick(3, "1");
+        ASSERT_TRUE(modalSeen());
+        EXPECT_EQ(openedOn, "blue") << "the picker opens on the first selected row's colour";
+
+        // A cancelled picker changes nothing.
+        clickCell(4, 5);
+        pick(1, "2");
+        clickCell(1, 5);
+        clickButton(1);
+    });
+    for (const char* name : {"BLUE_1", "GRN_1", "RED_1"})
+        EXPECT_EQ(colourOf(name), 3) << name;
+    EXPECT_EQ(colourOf("YEL_1"), yellow) << "not selected, and the picker was cancelled";
 
     // Esc undoes an open cell before it would cancel, Enter never leaves, F1 opens help;
     // with nothing changed Cancel closes without a question.
@@ -101,11 +140,20 @@ TEST_F(EditWTDlgTest, KeysAndCancelAskOnlyAfterChangesNoLeavesTheDrawingAsItWasY
 }
 
 // The store finds the duplicate, whatever its case, at the commit in a row below the first.
-TEST_F(EditWTDlgTest, ADuplicateNameStopsTheCommitOnItsRow) {
+TEST_F(EditWTDlgTest, TheMenuFitsTheCellAndADuplicateNameStopsTheCommitOnItsRow) {
     wireTypeDrawing({"BLUE_1", "RED_1"}, {.saved = true});
     const int result = runEditDialog([&] {
-        // The name of a wire type the drawing has opens for typing from the menu only.
+        EXPECT_EQ(contextMenu(1, 2), QStringList{"no menu"}) << "the in-use column";
+        clickCell(2, 3);
+        const QStringList onColour = contextMenu(2, 3);
+        EXPECT_TRUE(onColour.contains("40014"));
+        EXPECT_FALSE(onColour.contains("40043"));
         clickCell(2, 5);
+        const QStringList onName = contextMenu(2, 5);
+        EXPECT_TRUE(onName.contains("40013"));
+        EXPECT_FALSE(onName.contains("40014")) << "a cut would empty the layer name";
+        EXPECT_FALSE(onName.contains("40039"));
+        // The name of a wire type the drawing has opens for typing from the menu only.
         contextMenu(2, 5, 40043);
         for (int i = 0; i < 5; ++i)
             key(Qt::Key_Backspace);
@@ -122,6 +170,10 @@ TEST_F(EditWTDlgTest, ADuplicateNameStopsTheCommitOnItsRow) {
         key(Qt::Key_Backspace);
         typeText("2");
         key(Qt::Key_Tab);
+        // Make default shows the row, and the drawing keeps it.
+        clickCell(2, 5);
+        clickButton(1032);
+        EXPECT_EQ(dialog().GetDlgItemText(1033), "blue_2");
         clickCell(1, 3);
         clickButton(1);
     });
@@ -130,6 +182,7 @@ TEST_F(EditWTDlgTest, ADuplicateNameStopsTheCommitOnItsRow) {
     EXPECT_TRUE(layerId(saved, "BLUE_2").isValid());
     EXPECT_FALSE(layerId(saved, "RED_1").isValid()) << "renamed";
     EXPECT_FALSE(wireRecord(saved, "BLUE_1").isEmpty()) << "the duplicate wrote nothing over it";
+    EXPECT_TRUE(currentRecord(saved).startsWith("blue_2|")) << currentRecord(saved).toStdString();
 }
 
 TEST_F(EditWTDlgTest, TheLayerNameFormatRefusesWhatNamesNoTokenAndKeepsTheLastGoodOne) {
@@ -240,31 +293,10 @@ TEST_F(EditWTDlgTest, AddExistingLayersTakesThePatternTypedAtTheCommandLine) {
     EXPECT_TRUE(wireRecord(saved, "VALVE").isEmpty());
 }
 
-TEST_F(EditWTDlgTest, TheMenuFitsWhatWasClickedAndMakeDefaultIsKept) {
-    wireTypeDrawing({"BLUE_1", "RED_1"}, {.saved = true});
-    runEditDialog([&] {
-        EXPECT_EQ(contextMenu(1, 2), QStringList{"no menu"}) << "the in-use column";
-        clickCell(1, 5);
-        const QStringList onName = contextMenu(1, 5);
-        EXPECT_TRUE(onName.contains("40013"));
-        EXPECT_TRUE(onName.contains("40043"));
-        EXPECT_FALSE(onName.contains("40014")) << "a cut would empty the layer name";
-        EXPECT_FALSE(onName.contains("40039"));
-        clickCell(2, 3);
-        const QStringList onColour = contextMenu(2, 3);
-        EXPECT_TRUE(onColour.contains("40014"));
-        EXPECT_FALSE(onColour.contains("40043"));
-        // Make default shows the row, and the drawing keeps it.
-        clickCell(2, 5);
-        clickButton(1032);
-        EXPECT_EQ(dialog().GetDlgItemText(1033), "RED_1");
-        clickButton(1);
-    });
-    OvDbDatabase* saved = savedDrawing();
-    EXPECT_TRUE(currentRecord(saved).startsWith("RED_1|")) << currentRecord(saved).toStdString();
-}
-
-TEST_F(EditWTDlgTest, RowsCopiedInOneRunArePastedInTheNext) {
+// The rows copied in one run are pasted in the next. Then two lines from another program:
+// the paste looks up a second copied row that is not there. That ends the paste, not the
+// dialog: the drafter's work before and after it is saved at OK.
+TEST_F(EditWTDlgTest, RowsCopiedInOneRunArePastedInTheNextAndAPasteOfMoreEndsOnlyThePaste) {
     wireTypeDrawing({"RED_1"}, {.saved = true});
     runEditDialog([&] {
         typeInto(1, 3, "RD");
@@ -280,11 +312,21 @@ TEST_F(EditWTDlgTest, RowsCopiedInOneRunArePastedInTheNext) {
         clickButton(2);
     });
     const int result = runEditDialog([&] {
-        EXPECT_FALSE(dialog().IsDlgItemVisible(1014)) << "the options of the choosing dialogs";
         clickCell(2, 3);
         key(Qt::Key_V, Qt::ControlModifier);
         EXPECT_EQ(cell(2, 3), "RD");
         EXPECT_EQ(cell(2, 4), "1");
+
+        QApplication::clipboard()->setText("GN\t2\tGN_2\nYE\t4\tYE_4\n");
+        clickCell(3, 3);
+        clearOutput();
+        key(Qt::Key_V, Qt::ControlModifier);
+        settle();
+        EXPECT_TRUE(output().contains("; error: exception in a key press"))
+            << output().toStdString();
+        ASSERT_TRUE(dialog().isVisible());
+        EXPECT_EQ(cell(3, 3), "GN") << "the first line is pasted";
+        typeInto(1, 3, "WH");
         clickCell(1, 3);
         clickButton(1);
     });
@@ -293,40 +335,42 @@ TEST_F(EditWTDlgTest, RowsCopiedInOneRunArePastedInTheNext) {
     OvDbDatabase* saved = savedDrawing();
     EXPECT_TRUE(wireRecord(saved, "RD_1").contains("(1 . \"RD\") (2 . \"1\")"))
         << wireRecord(saved, "RD_1").toStdString();
-}
-
-// A copy of one row, then two lines from another program: the paste looks up a second
-// copied row that is not there. That ends the paste, not the dialog: the drafter's typing
-// before it is saved at OK.
-TEST_F(EditWTDlgTest, APasteOfMoreRowsThanWereCopiedEndsThePasteNotTheDialog) {
-    wireTypeDrawing({"RED_1"}, {.saved = true});
-    const int result = runEditDialog([&] {
-        typeInto(1, 3, "RD");
-        clickCell(1, 3);
-        key(Qt::Key_C, Qt::ControlModifier);
-        QApplication::clipboard()->setText("GN\t2\tGN_2\nYE\t4\tYE_4\n");
-        clickCell(2, 3);
-        clearOutput();
-        key(Qt::Key_V, Qt::ControlModifier);
-        settle();
-        EXPECT_TRUE(output().contains("; error: exception in a key press"))
-            << output().toStdString();
-        ASSERT_TRUE(dialog().isVisible());
-        EXPECT_EQ(cell(2, 3), "GN") << "the first line is pasted";
-        clickCell(1, 4);
-        typeText("1");
-        clickCell(1, 3);
-        clickButton(1);
-    });
-    EXPECT_EQ(result, platform::TemplateDialog::IDOK);
-    OvDbDatabase* saved = savedDrawing();
-    EXPECT_TRUE(wireRecord(saved, "RED_1").contains("(1 . \"RD\") (2 . \"1\")"))
+    EXPECT_TRUE(wireRecord(saved, "RED_1").contains("(1 . \"WH\")"))
         << wireRecord(saved, "RED_1").toStdString();
 }
 
-TEST_F(EditWTDlgTest, TwoRowsWithBadNamesTellTheFaultOnceAndLetTheDrafterMendBoth) {
+TEST_F(EditWTDlgTest, PastedRowsWithBadNamesTellTheFaultOnce) {
     wireTypeDrawing({"RED_1"}, {.saved = true});
     runEditDialog([&] {
+        // Real boxes, closed with Enter as they come up: what is queued behind one runs in
+        // its loop, as on the desktop.
+        platform::setMessageBoxMode(platform::MessageBoxMode::Desktop);
+        QStringList told;
+        QTimer closer;
+        QObject::connect(&closer, &QTimer::timeout, [&] {
+            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+                told << box->text();
+                QTest::keyClick(box, Qt::Key_Return);
+            }
+        });
+        closer.start(20);
+        // A bad name, then a row with data and no name: the paste sends the cursor to the
+        // second row, leaving the first, and then back to where it started.
+        clickCell(2, 3);
+        QApplication::clipboard()->setText("GN\t2\tGN<2\n\t\t\tY\n");
+        key(Qt::Key_V, Qt::ControlModifier);
+        QTest::qWait(200);
+        settle();
+        EXPECT_EQ(told.size(), 1) << told.join(" | ").toStdString();
+        EXPECT_EQ(currentCell(), std::make_pair(2, 5));
+        closer.stop();
+        platform::setMessageBoxMode(platform::MessageBoxMode::Scripted);
+        messages().answer(platform::IDNO);
+        clickButton(2);
+    });
+
+    runEditDialog([&] {
+        messages().clearShown();
         clickCell(2, 3);
         QApplication::clipboard()->setText("GN\t2\tGN<2\nYE\t4\tYE>4\n");
         key(Qt::Key_V, Qt::ControlModifier);
@@ -357,79 +401,6 @@ TEST_F(EditWTDlgTest, TwoRowsWithBadNamesTellTheFaultOnceAndLetTheDrafterMendBot
     OvDbDatabase* saved = savedDrawing();
     EXPECT_TRUE(layerId(saved, "GN_2").isValid());
     EXPECT_TRUE(layerId(saved, "YE_4").isValid());
-}
-
-TEST_F(EditWTDlgTest, MovesQueuedBehindAMessageBoxTellNoSecondFault) {
-    wireTypeDrawing({"RED_1"}, {.saved = true});
-    runEditDialog([&] {
-        // Real boxes, closed with Enter as they come up: what is queued behind one runs in
-        // its loop, as on the desktop.
-        platform::setMessageBoxMode(platform::MessageBoxMode::Desktop);
-        QStringList told;
-        QTimer closer;
-        QObject::connect(&closer, &QTimer::timeout, [&] {
-            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
-                told << box->text();
-                QTest::keyClick(box, Qt::Key_Return);
-            }
-        });
-        closer.start(20);
-        // A bad name, then a row with data and no name: the paste sends the cursor to the
-        // second row, leaving the first, and then back to where it started.
-        clickCell(2, 3);
-        QApplication::clipboard()->setText("GN\t2\tGN<2\n\t\t\tY\n");
-        key(Qt::Key_V, Qt::ControlModifier);
-        QTest::qWait(200);
-        settle();
-        EXPECT_EQ(told.size(), 1) << told.join(" | ").toStdString();
-        EXPECT_EQ(currentCell(), std::make_pair(2, 5));
-        closer.stop();
-        platform::setMessageBoxMode(platform::MessageBoxMode::Scripted);
-        messages().answer(platform::IDNO);
-        clickButton(2);
-    });
-}
-
-TEST_F(EditWTDlgTest, ThreeSelectedRowsTakeTheOneColourChosen) {
-    wireTypeDrawing({"BLUE_1", "GRN_1", "RED_1", "YEL_1"}, {.saved = true});
-    const auto colourOf = [&](const char* name) {
-        return evalLisp(QStringLiteral("(cdr (assoc 62 (tblsearch \"LAYER\" \"%1\")))").arg(name))
-            .value.toInt();
-    };
-    const int yellow = colourOf("YEL_1");
-    // Clicks a swatch of the host's picker, then OK (1) or Cancel (2); tells the colour the
-    // picker opened on.
-    QString openedOn;
-    const auto pick = [&](int colour, const char* button) {
-        whenModal([&openedOn, colour, button](QWidget* picker) {
-            openedOn = picker->findChild<QLineEdit*>("1001")->text();
-            QTest::mouseClick(picker->findChild<QWidget*>("color-" + QString::number(colour)),
-                              Qt::LeftButton);
-            QTest::mouseClick(picker->findChild<QAbstractButton*>(button), Qt::LeftButton);
-        });
-        clickButton(1012);
-    };
-    runEditDialog([&] {
-        // The first row gets a colour of its own, so that the picker has one to open on.
-        clickCell(1, 5);
-        pick(5, "1");
-        ASSERT_TRUE(modalSeen());
-
-        clickRowHeader(1);
-        clickRowHeader(3, Qt::ShiftModifier);
-        pick(3, "1");
-        ASSERT_TRUE(modalSeen());
-        EXPECT_EQ(openedOn, "blue") << "the picker opens on the first selected row's colour";
-
-        // A cancelled picker changes nothing.
-        clickCell(4, 5);
-        pick(1, "2");
-        clickCell(1, 5);
-        clickButton(1);
-    });
-    for (const char* name : {"BLUE_1", "GRN_1", "RED_1"})
-        EXPECT_EQ(colourOf(name), 3) << name;
-    EXPECT_EQ(colourOf("YEL_1"), yellow) << "not selected, and the picker was cancelled";
 }
 
 TEST_F(EditWTDlgTest, ImportBringsTheChosenWireTypesAndRemembersTheirFolder) {

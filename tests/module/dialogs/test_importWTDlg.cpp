@@ -64,9 +64,10 @@ void setCheck(platform::TemplateDialog& dialog, int id, bool on) {
         ZelUiTest::clickButton(dialog, id);
 }
 
-TEST_F(ImportDialogTest, TheDrafterClearsAllChoosesTwoRowsAndTakesOverProperties) {
+TEST_F(ImportDialogTest,
+       TheDrafterChoosesAndSortsRowsCancelKeepsTheOptionsAndNoShowFlagShowsNothing) {
     const QString path = importDrawing();
-    const QString value =
+    QString value =
         runWith(call(path, 1, "(list \"" + path + "\")"), {[&](platform::TemplateDialog& base) {
                     auto& dialog = dynamic_cast<ZelImportWTDlg&>(base);
                     ZelImportWTGrid& grid = dialog.grid();
@@ -108,28 +109,21 @@ TEST_F(ImportDialogTest, TheDrafterClearsAllChoosesTwoRowsAndTakesOverProperties
                 }});
     // The rows in the order the drafter chose them.
     EXPECT_EQ(value, "(\"" + path + "\" (1 1) (" + kGrey + " " + kBlack + "))");
-    EXPECT_TRUE(ZelImportWTDlg::GetImportProperties());
-    EXPECT_TRUE(ZelImportWTDlg::GetImportAppearance());
-
-    // The boxes come back as the last OK left them.
-    runWith(call(path, 1, "nil"), {[&](platform::TemplateDialog& dialog) {
-                EXPECT_EQ(dialog.IsDlgButtonChecked(1037), 1);
-                EXPECT_EQ(dialog.IsDlgButtonChecked(1039), 1);
-                clickButton(dialog, 2);
-            }});
-}
-
-TEST_F(ImportDialogTest, SortingKeepsTheChoiceCancelGivesThePresetRowsAndKeepsTheOptions) {
-    const QString path = importDrawing();
     const QString before = options();
-    // The list names the same drawing in other letters; names match with case only.
+    EXPECT_EQ(before, "(1 1)");
+
+    // Opened again: sorting keeps the choice, and Cancel gives the preset rows and keeps the
+    // options. The list names the same drawing in other letters; names match with case only.
     const QString list = "(list \"" + path.toUpper() + "\" \"WH_0.75\" \"bk_1.5\" \"GY_0.5\")";
-    QString value =
+    value =
         runWith(call(path, 1, list), {[&](platform::TemplateDialog& base) {
                     auto& dialog = dynamic_cast<ZelImportWTDlg&>(base);
                     ZelImportWTGrid& grid = dialog.grid();
                     const QStringList chosen = {"GY_0.5", "WH_0.75"};
                     EXPECT_EQ(selectedLayers(grid), chosen);
+                    // The boxes come back as the last OK left them.
+                    EXPECT_EQ(dialog.IsDlgButtonChecked(1037), 1);
+                    EXPECT_EQ(dialog.IsDlgButtonChecked(1039), 1);
                     // A header click selects nothing; a header double click sorts down, then
                     // up, and the choice goes along.
                     QHeaderView* header = grid.horizontalHeader();
@@ -148,8 +142,8 @@ TEST_F(ImportDialogTest, SortingKeepsTheChoiceCancelGivesThePresetRowsAndKeepsTh
                     clickButton(dialog, 1013);
                     EXPECT_TRUE(output().contains("import_wire_types_dialog"))
                         << output().toStdString();
-                    setCheck(dialog, 1037, dialog.IsDlgButtonChecked(1037) == 0);
-                    setCheck(dialog, 1039, dialog.IsDlgButtonChecked(1039) == 0);
+                    setCheck(dialog, 1037, false);
+                    setCheck(dialog, 1039, false);
                     clickButton(dialog, 2);
                 }});
     EXPECT_EQ(options(), before) << "Cancel keeps the options of the last OK";
@@ -166,16 +160,13 @@ TEST_F(ImportDialogTest, SortingKeepsTheChoiceCancelGivesThePresetRowsAndKeepsTh
         value.startsWith("(\"" + path + "\" " + before + " (" + kEmptyFirstRow + " " + kBlack))
         << value.toStdString();
     EXPECT_EQ(value.count(QRegularExpression("\\(\"[A-Z]{2}_")), 5) << "all five wire types";
-}
 
-// With the show flag, a drawing without wire types is told by the host's task dialog: the
-// batch run of the import checks that.
-TEST_F(ImportDialogTest, WithoutTheShowFlagNothingIsShownAndADrawingWithoutWireTypesGivesNil) {
-    const QString path = importDrawing();
+    // Without the show flag nothing is shown and every row comes back. (With it, a drawing
+    // without wire types is told by the host's task dialog: the batch run checks that.)
     const QString answer = evalLisp("(wd_wirlay_get_dwg_wiretype_settings \"" + path + "\")").value;
     ASSERT_TRUE(answer.startsWith("((\"BK_1.5\"")) << answer.toStdString();
     // No steps: a dialog that came up would be left open and fail the test.
-    const QString value = runWith(call(path, 0, "(list \"" + path + "\" \"GY_0.5\")"));
+    value = runWith(call(path, 0, "(list \"" + path + "\" \"GY_0.5\")"));
     EXPECT_EQ(value, "(\"" + path + "\" " + options() + " (" + answer + "))");
 
     // A drawing without wire types, or no drawing at all, gives nil.
@@ -187,8 +178,8 @@ TEST_F(ImportDialogTest, WithoutTheShowFlagNothingIsShownAndADrawingWithoutWireT
     notes.write("not a drawing");
     notes.close();
 
-    for (const QString& path : {empty, notADrawing, tempPath("missing.dwg")})
-        EXPECT_EQ(runWith(call(path, 0, "nil")), "nil") << path.toStdString();
+    for (const QString& other : {empty, notADrawing, tempPath("missing.dwg")})
+        EXPECT_EQ(runWith(call(other, 0, "nil")), "nil") << other.toStdString();
 }
 
 // A list of rows without an outer bracket, one of them short, read by the edit dialog's

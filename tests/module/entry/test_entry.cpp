@@ -76,7 +76,7 @@ QStringList definedFunctions() {
 
 using EntryTest = ZelModuleTest;
 
-TEST_F(EntryTest, TheCommandIsAddedAtEachLoadAndOutlivesTheUnload) {
+TEST_F(EntryTest, TheCommandIsAddedAtEachLoadOutlivesTheUnloadAndOddMessagesChangeNothing) {
     ASSERT_TRUE(loadModule());
     ASSERT_NE(commandStack()->lookupGlobalCmd(L"WireTypeSel1"), nullptr);
 
@@ -96,6 +96,15 @@ TEST_F(EntryTest, TheCommandIsAddedAtEachLoadAndOutlivesTheUnload) {
     EXPECT_EQ(commandStack()->runCommand(QStringLiteral("WireTypeSel1")),
               OvEdCommandStack::RunStatus::Ran);
     EXPECT_TRUE(output().contains(QStringLiteral("WireTypeSel1: the wire type dialogs")));
+
+    // Messages without a working slot, past either end of the table included, answer zero
+    // and change nothing.
+    const OvModule::EntryPoint entry = module()->entryPoint();
+    clearOutput();
+    for (int message : {16, 17, 255, 100000, -1, 0, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15})
+        EXPECT_EQ(entry(message, nullptr), 0) << message;
+    EXPECT_EQ(output(), QString());
+    EXPECT_EQ(commandStack()->commands(QStringLiteral("NQMTZelWireType")).size(), 1);
 }
 
 TEST_F(EntryTest, EveryDrawingGetsTheSixteenFunctionsWhetherOpenedBeforeOrAfterTheLoad) {
@@ -133,17 +142,6 @@ TEST_F(EntryTest, EveryDrawingGetsTheSixteenFunctionsWhetherOpenedBeforeOrAfterT
     // The module never takes its functions back when a drawing goes.
     EXPECT_EQ(OvModuleLoader::instance().sendMessage(module(), OvRx::kUnloadDwgMsg, after), 0);
     EXPECT_EQ(definedFunctions(), kLispFunctions);
-}
-
-TEST_F(EntryTest, MessagesWithoutAWorkingSlotAnswerZeroAndChangeNothing) {
-    ASSERT_NE(newDocument(), nullptr);
-    ASSERT_TRUE(loadModule());
-    const OvModule::EntryPoint entry = module()->entryPoint();
-    clearOutput();
-    for (int message : {16, 17, 255, 100000, -1, 0, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15})
-        EXPECT_EQ(entry(message, nullptr), 0) << message;
-    EXPECT_EQ(output(), QString());
-    EXPECT_EQ(commandStack()->commands(QStringLiteral("NQMTZelWireType")).size(), 1);
 }
 
 struct Drawing {

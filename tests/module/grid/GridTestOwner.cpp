@@ -32,20 +32,14 @@ bool GridTestOwner::openGrid() {
 }
 
 // The order of the edit dialog's OK: the current wire layer record, the open cell, the
-// commit; a refused row or a stopped commit keeps the dialog open.
+// commit; a stopped commit keeps the dialog open. The dialog's own check of the open row
+// before the commit is left out: no grid test presses OK on a refused row.
 void GridTestOwner::OnOK() {
     const ResourceOverride resources;
     m_grid.StoreCurrentLayerRecord();
     int row = 0;
     int col = 0;
     m_grid.GetCurrentCell(row, col);
-    QString error;
-    if (!m_grid.ValidateRow(row, m_grid.GetValueRowCol(row, 5), error)) {
-        platform::appMessageBox(error);
-        platform::PostMessage(&m_grid, WM_WTG_GOTOCELL, static_cast<quintptr>(row), 5);
-        m_grid.SetNameCellEditable(row, true);
-        return;
-    }
     m_grid.CommitCell(row, col);
     m_lastCommit = m_grid.CommitAll();
     if (m_lastCommit == 200)

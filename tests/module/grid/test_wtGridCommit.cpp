@@ -57,7 +57,7 @@ TEST_F(GridCommitTest, LoadKeepsStoredOrderClosesGapsAndColoursTheRows) {
     EXPECT_EQ(background(grid(), 2, 4), QColor(0xC0, 0xC0, 0xC0));
 }
 
-TEST_F(GridCommitTest, RowsSortedOrDraggedByTheirHeaderAreStoredInTheirNewPlaces) {
+TEST_F(GridCommitTest, SortedOrDraggedRowsAndSavedWidthsComeBackAtTheNextOpening) {
     wireTypeDrawing({"W_C", "W_A", "W_B"});
     const auto expectStored = [&](const QStringList& names) {
         ASSERT_TRUE(commitAtOk());
@@ -65,19 +65,31 @@ TEST_F(GridCommitTest, RowsSortedOrDraggedByTheirHeaderAreStoredInTheirNewPlaces
         for (int row = 1; row <= names.size(); ++row)
             EXPECT_EQ(record(reread, names[row - 1])->gridRow, row) << row;
     };
-    // Rows without stored places come by name. The first double click on a header sorts
-    // descending; only the wire types move: the blank row stays last.
+    // Rows without stored places come by name.
     openOwner();
     ASSERT_EQ(gridNames(), QStringList({"W_A", "W_B", "W_C"}));
+    // Drag the right edges of the in-use column and the wire colour column.
+    QHeaderView* top = grid().horizontalHeader();
+    for (int col : {2, 3}) {
+        const QPoint edge(top->sectionViewportPosition(col - 1) + top->sectionSize(col - 1) - 1,
+                          top->height() / 2);
+        drag(top->viewport(), edge, edge + QPoint(30, 0));
+    }
+    const int colourWidth = grid().GetColWidth(3);
+    ASSERT_GT(colourWidth, 100);
+    // The first double click on a header sorts descending; only the wire types move: the
+    // blank row stays last.
     doubleClickColumnHeader(5);
     EXPECT_EQ(gridNames(), QStringList({"W_C", "W_B", "W_A"}));
     EXPECT_EQ(cell(4, 5), "");
     expectStored({"W_C", "W_B", "W_A"});
 
-    // Opened again in the stored order: row 3 selected by its header, which is dragged up to
-    // row 1.
+    // Opened again in the stored order, with the widths the commit saved: row 3 selected by
+    // its header, which is dragged up to row 1.
     openOwner();
     ASSERT_EQ(gridNames(), QStringList({"W_C", "W_B", "W_A"}));
+    EXPECT_EQ(grid().GetColWidth(2), 50) << "the reader never takes column 2's saved width";
+    EXPECT_EQ(grid().GetColWidth(3), colourWidth);
     clickRowHeader(3);
     QHeaderView* header = grid().verticalHeader();
     const auto rowPoint = [header](int row) {
@@ -87,26 +99,6 @@ TEST_F(GridCommitTest, RowsSortedOrDraggedByTheirHeaderAreStoredInTheirNewPlaces
     drag(header->viewport(), rowPoint(3), rowPoint(1));
     ASSERT_EQ(gridNames(), QStringList({"W_A", "W_C", "W_B"}));
     expectStored({"W_A", "W_C", "W_B"});
-}
-
-TEST_F(GridCommitTest, SavedWidthsComeBackExceptTheInUseColumn) {
-    wireTypeDrawing({"W_A"});
-    openOwner();
-    QHeaderView* header = grid().horizontalHeader();
-    // Drag the right edges of the in-use column and the wire colour column.
-    for (int col : {2, 3}) {
-        const QPoint edge(header->sectionViewportPosition(col - 1) + header->sectionSize(col - 1) -
-                              1,
-                          header->height() / 2);
-        drag(header->viewport(), edge, edge + QPoint(30, 0));
-    }
-    const int colourWidth = grid().GetColWidth(3);
-    ASSERT_GT(colourWidth, 100);
-    // The widths go to the settings at the commit and come back at the next opening.
-    ASSERT_TRUE(commitAtOk());
-    openOwner();
-    EXPECT_EQ(grid().GetColWidth(2), 50) << "the reader never takes column 2's saved width";
-    EXPECT_EQ(grid().GetColWidth(3), colourWidth);
 }
 
 void copyFolder(const QString& from, const QString& to) {

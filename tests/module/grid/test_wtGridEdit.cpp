@@ -58,15 +58,24 @@ TEST_F(GridEditTest, TypedColourAndSizeNameANewRowOnlyUntilTheDrafterNamesIt) {
     EXPECT_EQ(fourth->userValues[19], "");
 }
 
-TEST_F(GridEditTest, EmptyingALoadedNameIsRefusedAndTheCursorGoesBack) {
+TEST_F(GridEditTest, EnterWalksRightAndEmptyingALoadedNameIsRefused) {
     wireTypeDrawing({"W_A", "W_B"});
     openOwner();
     ASSERT_EQ(gridNames(), QStringList({"W_A", "W_B"}));
+    // Enter walks right and wraps to the wire colour of the next row; Shift walks back.
+    clickCell(1, 25);
+    key(Qt::Key_Return);
+    EXPECT_EQ(currentCell(), std::make_pair(1, 26));
+    key(Qt::Key_Return);
+    EXPECT_EQ(currentCell(), std::make_pair(2, 3));
+    key(Qt::Key_Return, Qt::ShiftModifier);
+    EXPECT_EQ(currentCell(), std::make_pair(1, 26));
 
     clickCell(2, 5);
     chooseFromContextMenu(2, 5, 40043);
     settle();
-    // The rename command opens the name with its text; the drafter wipes it and leaves.
+    // The rename command opens the name with its text; the drafter wipes it and leaves: the
+    // cursor goes back.
     key(Qt::Key_A, Qt::ControlModifier);
     key(Qt::Key_Backspace);
     messages().clearShown();
@@ -111,36 +120,6 @@ TEST_F(GridEditTest, ARemovedRowRevivedByItsNameKeepsItsKeyAndCommitsAsAnEdit) {
     ASSERT_NE(revived, nullptr) << "the layer stayed a wire type, not a new one";
     EXPECT_EQ(revived->userValues.at(19), "v20");
     EXPECT_EQ(reread.GetWireCount("W_B"), 1) << "the line stays on its layer";
-}
-
-TEST_F(GridEditTest, EmptyingEveryCellOfANewRowTakesTheRowOut) {
-    wireTypeDrawing({"W_A"});
-    openOwner();
-    typeInto(2, 3, "RED");
-    typeInto(3, 3, "BLUE");
-    ASSERT_EQ(gridNames(), QStringList({"W_A", "RED", "BLUE"}));
-    const std::size_t records = grid().Rows().size();
-
-    // Select the new row's cells from the colour to the flag and press Delete.
-    clickCell(2, 3);
-    clickCell(2, 6, Qt::ShiftModifier);
-    key(Qt::Key_Delete);
-    clickCell(1, 3);
-
-    EXPECT_EQ(gridNames(), QStringList({"W_A", "BLUE"}));
-    EXPECT_EQ(grid().Rows().size(), records - 1);
-}
-
-TEST_F(GridEditTest, EnterWalksRightAndWrapsToTheWireColourOfTheNextRow) {
-    wireTypeDrawing({"W_A", "W_B"});
-    openOwner();
-    clickCell(1, 25);
-    key(Qt::Key_Return);
-    EXPECT_EQ(currentCell(), std::make_pair(1, 26));
-    key(Qt::Key_Return);
-    EXPECT_EQ(currentCell(), std::make_pair(2, 3));
-    key(Qt::Key_Return, Qt::ShiftModifier);
-    EXPECT_EQ(currentCell(), std::make_pair(1, 26));
 }
 
 using GridRowsTest = GridTest;

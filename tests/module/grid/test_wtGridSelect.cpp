@@ -106,7 +106,7 @@ TEST_F(GridSelectTest, ShiftAndTheArrowsSelectRowsAndRemoveFollowsThePatternsThe
 
 using GridProjectCellTest = GridTest;
 
-TEST_F(GridProjectCellTest, ANamedCellOpensForEditingOnlyInADrawingOfTheProject) {
+TEST_F(GridProjectCellTest, ANamedCellOpensOnlyInADrawingOfTheProjectAndAnEmptiedRowGoes) {
     // Not in the project: the command leaves the name closed.
     wireTypeDrawing({"W_A"});
     openOwner();
@@ -115,6 +115,17 @@ TEST_F(GridProjectCellTest, ANamedCellOpensForEditingOnlyInADrawingOfTheProject)
     clickCell(1, 5);
     chooseFromContextMenu(1, 5, 40039);
     EXPECT_TRUE(readOnly(grid(), 1, 5));
+
+    // Emptying every cell of a new row, from the colour to the flag, takes the row out.
+    typeInto(3, 3, "BLUE");
+    ASSERT_EQ(gridNames(), QStringList({"W_A", "RED", "BLUE"}));
+    const std::size_t records = grid().Rows().size();
+    clickCell(2, 3);
+    clickCell(2, 6, Qt::ShiftModifier);
+    key(Qt::Key_Delete);
+    clickCell(1, 3);
+    EXPECT_EQ(gridNames(), QStringList({"W_A", "BLUE"}));
+    EXPECT_EQ(grid().Rows().size(), records - 1);
 
     // In the project, the loaded row's name and the new row's generated name both open.
     openProject(ZelTestProject::write(tempPath("inproject"), "inproject", {tempPath("drawing.dwg")},

@@ -1,6 +1,5 @@
 // The module's LISP read and write functions, called from LISP as the add-on calls them.
 
-#include "shell/ResourceOverride.h"
 #include "store/ZelWireTypeRec.h"
 #include "support/ZelTestDrawing.h"
 #include "support/ZelTestHost.h"
@@ -64,8 +63,12 @@ protected:
     }
 };
 
-TEST_F(LispTest, TheCurrentWireTypeIsMadeOnceOrRepaired) {
+TEST_F(LispTest, TheCurrentAndTheDefaultWireTypeAreMadeOnceRepairedResetAndSet) {
     OvDbDatabase* bare = makeDrawing({}, QString(), "bare.dwg");
+    // Outside the module's resources the default wire type has no name, so nothing is made.
+    EXPECT_EQ(lisp("(zel_get_default_wiretype)"), "\"\"");
+    EXPECT_FALSE(layerId(bare, "WIRES").isValid());
+    EXPECT_EQ(currentRecord(bare), "none");
     clearOutput();
     EXPECT_EQ(lisp("(zel_get_current_wiretype)"), "\"WIRES\"");
     EXPECT_TRUE(layerId(bare, "WIRES").isValid());
@@ -102,16 +105,9 @@ TEST_F(LispTest, TheCurrentWireTypeIsMadeOnceOrRepaired) {
     EXPECT_EQ(lisp("(zel_get_current_wiretype)"), "\"WIRES\"");
     EXPECT_TRUE(output().contains(moduleString(156))) << output().toStdString();
     EXPECT_EQ(currentRecord(other), "WIRES|WIRES||0");
-}
 
-TEST_F(LispTest, TheDefaultWireTypeIsTheFirstOfTheRecordOrAnyExistingLayerSet) {
-    // Outside the module's resources the default wire type has no name, so nothing is made.
-    OvDbDatabase* bare = makeDrawing({}, QString());
-    EXPECT_EQ(lisp("(zel_get_default_wiretype)"), "\"\"");
-    EXPECT_FALSE(layerId(bare, "WIRES").isValid());
-    EXPECT_EQ(currentRecord(bare), "none");
-
-    OvDbDatabase* database = makeDrawing({"RED_1", "RED_2", "PLAIN"}, "RED*", "second.dwg");
+    // The default wire type is the first of the record or any existing layer set.
+    database = makeDrawing({"RED_1", "RED_2", "PLAIN"}, "RED*", "third.dwg");
     ZelWireTypeRec::m_nKey = 4;
     EXPECT_EQ(lisp("(zel_set_default_wiretype \"NOPE\")"), "nil");
     EXPECT_EQ(currentRecord(database), "none") << "nothing is written";
@@ -125,9 +121,39 @@ TEST_F(LispTest, TheDefaultWireTypeIsTheFirstOfTheRecordOrAnyExistingLayerSet) {
     EXPECT_EQ(lisp("(zel_set_default_wiretype \"plain\")"), "\"plain\"");
     EXPECT_EQ(currentRecord(database), "plain|RED_1||0");
     EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
+
+    // Reset follows the drawing's wire layer.
+    setCurrentRecord(database, "RED_1", "RED_1");
+    ASSERT_EQ(database->setClayer(layerId(database, "RED_2")), Orvex::eOk);
+    EXPECT_EQ(lisp("(zel_reset_current_wiretype)"), "\"RED_2\"");
+    EXPECT_EQ(currentRecord(database), "RED_1|RED_2||0");
+
+    // On a layer that is no wire type the stored current layer stays.
+    ASSERT_EQ(database->setClayer(layerId(database, "PLAIN")), Orvex::eOk);
+    EXPECT_EQ(lisp("(zel_reset_current_wiretype)"), "\"RED_2\"");
+
+    // Only a missing default layer brings the first wire layer in.
+    setCurrentRecord(database, "GONE", "RED_2");
+    EXPECT_EQ(lisp("(zel_reset_current_wiretype)"), "\"RED_1\"");
+    EXPECT_EQ(currentRecord(database), "GONE|RED_1||0");
+    EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
+
+    // Set takes any layer, else the first wire layer, and keeps the rest of the record.
+    setCurrentRecord(database, "RED_2", "RED_2", true);
+    EXPECT_EQ(lisp("(zel_set_current_wiretype \"plain\")"), "\"plain\"");
+    EXPECT_EQ(currentRecord(database), "RED_2|plain||1");
+    EXPECT_EQ(lisp("(zel_set_current_wiretype \"NOPE\")"), "\"RED_1\"");
+    EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
+
+    // Without wire types or record, the default wire type is made and the request dropped.
+    bare = makeDrawing({"PLAIN"}, QString(), "fourth.dwg");
+    clearOutput();
+    EXPECT_EQ(lisp("(zel_set_current_wiretype \"PLAIN\")"), "\"WIRES\"");
+    EXPECT_TRUE(output().contains(moduleString(156))) << output().toStdString();
+    EXPECT_EQ(currentRecord(bare), "WIRES|WIRES||0");
 }
 
-TEST_F(LispTest, TheSettingsAreThreeListsOfTheColumnNames) {
+TEST_F(LispTest, TheSettingsAreThreeListsOfTheColumnNamesAndAQueryReadsTheProject) {
     makeDrawing({});
     openDefaultNamesProject();
     QStringList names{moduleString(161), moduleString(162)};
@@ -139,10 +165,8 @@ TEST_F(LispTest, TheSettingsAreThreeListsOfTheColumnNames) {
     ZelWireTypeRec::m_nKey = 4;
     EXPECT_EQ(lisp("(zel_get_wiretype_settings)"), expected);
     EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
-}
 
-TEST_F(LispTest, AQueryReadsTheProjectDatabase) {
-    makeDrawing({});
+    // A query reads the project database.
     openWireTypeProject("INSERT INTO WIRETYPE VALUES ('1', 'RED_15', 'RED', '1.5', 1, 1);"
                         "INSERT INTO WIRETYPE_USR VALUES ('1', 'RED_15', 2, 'second');");
 
@@ -203,8 +227,8 @@ TEST_F(LispTest, TheReadingFunctionsAnswerForThisOrAnotherDrawing) {
     EXPECT_EQ(lisp("(zel_get_active_dwg_wiretype)"), "nil");
 }
 
-TEST_F(LispTest, AnAddedWireTypeIsInTheDrawing) {
-    OvDbDatabase* database = makeDrawing({"PLAIN"}, QString());
+TEST_F(LispTest, AddMakesAWireTypeFromItsPairsAndFailsWithoutAName) {
+    OvDbDatabase* database = makeDrawing({}, QString());
     EXPECT_EQ(lisp("(zel_add_wiretype \"RED_2.5\" \"_COLOR\" \"red\")"), "nil");
     EXPECT_EQ(clayerName(database), "RED_2.5");
     EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
@@ -213,10 +237,43 @@ TEST_F(LispTest, AnAddedWireTypeIsInTheDrawing) {
     EXPECT_EQ(wireRecord(database, "RED_2.5"),
               "((1 . \"\") (2 . \"\") (3 . \"WIRE\") (90 . 0) (290 . 1))");
     EXPECT_EQ(wireLays(), "RED*");
-}
 
-TEST_F(LispTest, AddTakesItsPairsPlainOrAsOneList) {
-    OvDbDatabase* database = makeDrawing({}, QString());
+    const QStringList weights[] = {{"0.25", "0.25"},   {"0.57", "0.6"}, {"-0.03", "-0.03"},
+                                   {"-0.05", "-0.03"}, {"9", "2.11"},   {"junk", "0"}};
+    int n = 0;
+    for (const QStringList& weight : weights) {
+        const QString name = "W" + QString::number(++n);
+        lisp("(zel_add_wiretype \"" + name + "\" \"_LWEIGHT\" \"" + weight[0] + "\")");
+        // 0.57 is 56.99... in double precision, which would round to 0.53.
+        EXPECT_EQ(layerInfo(name), "(\"256\" \"Continuous\" \"" + weight[1] + "\")")
+            << weight[0].toStdString();
+    }
+
+    // Without a name, or on a key that is no text, the call fails and adds nothing.
+    const QString lays = wireLays();
+    expectFailure("(zel_add_wiretype \"\")");
+    expectFailure("(zel_add_wiretype \"X\" \"_COLOR\" \"red\" 7 \"a\")");
+    EXPECT_FALSE(layerId(database, "X").isValid());
+    // A name alone goes the strict way, where an invalid character is refused.
+    expectFailure("(zel_add_wiretype \"A/B\")");
+    EXPECT_EQ(wireLays(), lays);
+    EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
+
+    // A property without its value leaves the values short: the index error reaches the
+    // host, which reports it; the layer made before stays, nothing is left open, the resources
+    // are switched back and the drawing takes the next wire type.
+    clearOutput();
+    const ovcore::lisp::EvalResult result =
+        ovcore::lisp::evalString("(zel_add_wiretype \"SHORT\" \"Wire Color\")");
+    EXPECT_FALSE(result.ok);
+    EXPECT_TRUE(output().contains("exception")) << output().toStdString();
+    EXPECT_TRUE(layerId(database, "SHORT").isValid());
+    EXPECT_EQ(ovdbOpenObjectCount(), 0u);
+    EXPECT_EQ(platform::currentResourceHandle(), platform::hostResourceHandle());
+    EXPECT_EQ(lisp("(zel_add_wiretype \"AFTER\")"), "nil");
+    EXPECT_EQ(wireLays(), lays + ",AFT*");
+
+    // Under a project's names: pairs plain or as one list.
     openDefaultNamesProject();
     EXPECT_EQ(lisp("(zel_add_wiretype '(\"BLUE_1\" \"_LTYPE\" \"dashed\" \"_lweight\" \"0.29\""
                    " \"Color\" \"BLUE\" \"Flag\" \"0\" \"USER3\" \"x\" \"Wire Size\" \"1.5\"))"),
@@ -237,47 +294,9 @@ TEST_F(LispTest, AddTakesItsPairsPlainOrAsOneList) {
     EXPECT_TRUE(layerId(database, "AB").isValid());
 }
 
-TEST_F(LispTest, AddRoundsWeightsThroughSinglePrecision) {
-    makeDrawing({}, QString());
-    const QStringList weights[] = {{"0.25", "0.25"},   {"0.57", "0.6"}, {"-0.03", "-0.03"},
-                                   {"-0.05", "-0.03"}, {"9", "2.11"},   {"junk", "0"}};
-    int n = 0;
-    for (const QStringList& weight : weights) {
-        const QString name = "W" + QString::number(++n);
-        lisp("(zel_add_wiretype \"" + name + "\" \"_LWEIGHT\" \"" + weight[0] + "\")");
-        // 0.57 is 56.99... in double precision, which would round to 0.53.
-        EXPECT_EQ(layerInfo(name), "(\"256\" \"Continuous\" \"" + weight[1] + "\")")
-            << weight[0].toStdString();
-    }
-}
-
-TEST_F(LispTest, AddFailsWithoutANameOrOnAKeyThatIsNoText) {
-    OvDbDatabase* database = makeDrawing({}, QString());
-    expectFailure("(zel_add_wiretype \"\")");
-    expectFailure("(zel_add_wiretype \"X\" \"_COLOR\" \"red\" 7 \"a\")");
-    EXPECT_FALSE(layerId(database, "X").isValid());
-    // A name alone goes the strict way, where an invalid character is refused.
-    expectFailure("(zel_add_wiretype \"A/B\")");
-    EXPECT_EQ(wireLays(), "");
-    EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
-
-    // A property without its value leaves the values short: the index error reaches the
-    // host, which reports it; the layer made before stays, nothing is left open, the resources
-    // are switched back and the drawing takes the next wire type.
-    clearOutput();
-    const ovcore::lisp::EvalResult result =
-        ovcore::lisp::evalString("(zel_add_wiretype \"SHORT\" \"Wire Color\")");
-    EXPECT_FALSE(result.ok);
-    EXPECT_TRUE(output().contains("exception")) << output().toStdString();
-    EXPECT_TRUE(layerId(database, "SHORT").isValid());
-    EXPECT_EQ(ovdbOpenObjectCount(), 0u);
-    EXPECT_EQ(platform::currentResourceHandle(), platform::hostResourceHandle());
-    EXPECT_EQ(lisp("(zel_add_wiretype \"AFTER\")"), "nil");
-    EXPECT_EQ(wireLays(), "AFT*");
-}
-
-TEST_F(LispTest, AddOnAnExistingLayer) {
+TEST_F(LispTest, AddEditAndRemoveOnExistingLayers) {
     OvDbDatabase* database = makeDrawing({"RED_1", "PLAIN"}, "RED*");
+    openDefaultNamesProject();
     ZelTestDrawing::addLayer(database, "OLIVE", 3);
     // Already a wire type: it only becomes the current layer.
     EXPECT_EQ(lisp("(zel_add_wiretype \"red_1\" \"_COLOR\" \"blue\")"), "nil");
@@ -295,11 +314,8 @@ TEST_F(LispTest, AddOnAnExistingLayer) {
     ZelTestDrawing::addLayer(database, "TEAL", 4);
     EXPECT_EQ(lisp("(zel_add_wiretype '(\"TEAL\"))"), "nil");
     EXPECT_EQ(layerInfo("TEAL"), "(\"256\" \"Continuous\" \"-0.03\")");
-}
 
-TEST_F(LispTest, EditSetsPropertiesByNameOrAlias) {
-    OvDbDatabase* database = makeDrawing({"RED_1"}, "RED*");
-    openDefaultNamesProject();
+    // Edit sets properties by name or alias.
     EXPECT_EQ(lisp("(zel_edit_wiretype \"red_1\" \"color\" \"RED\" \"Wire Size\" \"2.5\""
                    " \"USER1\" \"a\" \"flag\" \"0\")"),
               "nil");
@@ -308,61 +324,21 @@ TEST_F(LispTest, EditSetsPropertiesByNameOrAlias) {
                                                  repeated("(4 . \"\")", 19) +
                                                  " (90 . 0) (290 . 0))");
     EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
-
     // In a list, and with a value that is no text, which is then read as the next key.
     EXPECT_EQ(lisp("(zel_edit_wiretype '(\"RED_1\" \"Wire Color\" 5 \"GREEN\"))"), "nil");
     EXPECT_TRUE(wireRecord(database, "RED_1").startsWith("((1 . \"GREEN\") (2 . \"2.5\")"));
-
     expectFailure("(zel_edit_wiretype \"NOPE\" \"Wire Size\" \"1\")");
-}
 
-TEST_F(LispTest, RemoveTakesTheWireTypeAndLeavesTheLayer) {
-    OvDbDatabase* database = makeDrawing({"RED_1", "BLUE_1", "GRN_1"}, "RED*,BLU*,GRN*");
-    lisp("(zel_edit_wiretype \"RED_1\" \"Wire Size\" \"1\")");
-    ASSERT_FALSE(wireRecord(database, "RED_1").isEmpty());
-    EXPECT_EQ(lisp("(zel_remove_wiretype \"blue_1\")"), "nil");
-    EXPECT_EQ(wireLays(), "RED*,GRN*");
+    // Remove takes the wire type and leaves the layer.
+    EXPECT_EQ(lisp("(zel_remove_wiretype \"olive\")"), "nil");
+    EXPECT_EQ(wireLays(), "RED*,TEA*");
     EXPECT_EQ(lisp("(zel_remove_wiretype \"RED_1\")"), "nil");
     EXPECT_TRUE(wireRecord(database, "RED_1").isEmpty());
     EXPECT_TRUE(layerId(database, "RED_1").isValid());
-    EXPECT_EQ(wireLays(), ",GRN*") << "the comma after a first token stays";
+    EXPECT_EQ(wireLays(), ",TEA*") << "the comma after a first token stays";
     EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
-
     EXPECT_EQ(lisp("(zel_remove_wiretype \"NOPE\")"), "nil");
-    EXPECT_EQ(wireLays(), ",GRN*");
-}
-
-TEST_F(LispTest, ResetFollowsTheDrawingsWireLayerAndSetTakesAnyLayer) {
-    OvDbDatabase* database = makeDrawing({"RED_1", "RED_2", "PLAIN"}, "RED*");
-    setCurrentRecord(database, "RED_1", "RED_1");
-    ASSERT_EQ(database->setClayer(layerId(database, "RED_2")), Orvex::eOk);
-    EXPECT_EQ(lisp("(zel_reset_current_wiretype)"), "\"RED_2\"");
-    EXPECT_EQ(currentRecord(database), "RED_1|RED_2||0");
-
-    // On a layer that is no wire type the stored current layer stays.
-    ASSERT_EQ(database->setClayer(layerId(database, "PLAIN")), Orvex::eOk);
-    EXPECT_EQ(lisp("(zel_reset_current_wiretype)"), "\"RED_2\"");
-
-    // Only a missing default layer brings the first wire layer in.
-    setCurrentRecord(database, "GONE", "RED_2");
-    EXPECT_EQ(lisp("(zel_reset_current_wiretype)"), "\"RED_1\"");
-    EXPECT_EQ(currentRecord(database), "GONE|RED_1||0");
-    EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
-
-    // Set takes any layer, else the first wire layer, and keeps the rest of the record.
-    setCurrentRecord(database, "RED_2", "RED_2", true);
-    EXPECT_EQ(lisp("(zel_set_current_wiretype \"plain\")"), "\"plain\"");
-    EXPECT_EQ(currentRecord(database), "RED_2|plain||1");
-    EXPECT_EQ(lisp("(zel_set_current_wiretype \"NOPE\")"), "\"RED_1\"");
-    EXPECT_EQ(ZelWireTypeRec::m_nKey, 0);
-
-    // Without wire types or record, the default wire type is made and the request dropped.
-    OvDbDatabase* bare = makeDrawing({"PLAIN"}, QString(), "bare.dwg");
-    clearOutput();
-    EXPECT_EQ(lisp("(zel_set_current_wiretype \"PLAIN\")"), "\"WIRES\"");
-    const ResourceOverride resources;
-    EXPECT_TRUE(output().contains(platform::loadString(156))) << output().toStdString();
-    EXPECT_EQ(currentRecord(bare), "WIRES|WIRES||0");
+    EXPECT_EQ(wireLays(), ",TEA*");
 }
 
 } // namespace

@@ -40,7 +40,7 @@ struct Commit {
 
 // How the properties are named and written is the LISP add's part; here an ordinary layer
 // takes the new look, keeps its lines and leaves the non-wire list.
-TEST_F(StoreTest, AnOrdinaryLayerBecomesAWireLayer) {
+TEST_F(StoreTest, AnOrdinaryLayerBecomesAWireLayerAndTheFlagIsReadAsANumber) {
     OvDbDatabase* database = makeDrawing({"PLAIN"}, QString());
     ZelTestDrawing::addLine(database, "PLAIN");
     ZelWireTypeRec store;
@@ -63,11 +63,8 @@ TEST_F(StoreTest, AnOrdinaryLayerBecomesAWireLayer) {
     EXPECT_EQ(rec->gridRow, 4);
     EXPECT_EQ(rec->lineWeight, OvDb::kLnWt025);
     EXPECT_EQ(rec->color.colorIndex(), 1);
-}
 
-TEST_F(StoreTest, TheFlagIsANumberAtTheStartOfItsText) {
-    makeDrawing({}, QString());
-    ZelWireTypeRec store;
+    // The flag is a number at the start of its text.
     std::vector<QString> flag{"Wire Flag"};
     for (const auto& [value, expected] :
          {std::pair{"1", true}, {"2", true}, {" 7x", true}, {"yes", false}, {"-0", false}}) {
